@@ -1,0 +1,399 @@
+// The type library that hosts see, read back at run time and compared with the contract.
+#include <windows.h>
+#include <oleauto.h>
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "engine/TessalyContract.h"
+
+namespace {
+
+#define TESSALY_WIDEN2(x) L##x
+#define TESSALY_WIDEN(x) TESSALY_WIDEN2(x)
+const wchar_t* const kTypeLibraryPath = TESSALY_WIDEN(TESSALY_TLB_PATH);
+
+template <class T>
+struct ComRef
+{
+    T* p = nullptr;
+    ComRef() = default;
+    ComRef(const ComRef&) = delete;
+    ComRef& operator=(const ComRef&) = delete;
+    ~ComRef() { if (p) p->Release(); }
+    T** operator&() { return &p; }
+    T* operator->() const { return p; }
+};
+
+struct Method
+{
+    const wchar_t* name;
+    const char* params; // "dir type name" per parameter, comma separated
+};
+
+struct Interface
+{
+    const IID* iid;
+    const wchar_t* name;
+    const wchar_t* base;
+    int level;      // position in its chain: IUnknown's direct children are 1
+    int firstSlot;  // vtable slot of the first own method
+    std::vector<Method> methods;
+};
+
+const std::vector<Interface>& ContractInterfaces()
+{
+    static const std::vector<Interface> interfaces = {
+        {&IID_IPlay, L"IPlay", L"IUnknown", 1, 3,
+         {{L"GetSupportedFileExt", "out unsigned long* pdwCount, out LPWSTR** pppwszFileExtList"},
+          {L"OpenFile", "in LPWSTR wszFilepath, in unsigned long dwOpenFlags, in unsigned long dwPlaybackFlags, inout _TESSALY_FILEINFO* pOpenedFileInfo"},
+          {L"CloseFile", ""},
+          {L"GetState", "out _TESSALY_PLAYBACK_STATE* pCurPlayState, inout double* pdCurElapseTime"},
+          {L"GetFileInfo", "out _TESSALY_FILEINFO* pFileInfo"},
+          {L"PlaybackControl", "in unsigned long dwControlFlag, in unsigned long dwParamSize, in unsigned char* pParam"},
+          {L"SetParentWindow", "in long hWndParent"},
+          {L"GetParentWindow", "out long* phWndParent"},
+          {L"SetParentWindowSize", "in unsigned long dwWidth, in unsigned long dwHeight"},
+          {L"GetPlaybackFlags", "out unsigned long* pdwPlaybackFlags"},
+          {L"SetPlaybackFlags", "in unsigned long dwPlaybackFlags"}}},
+        {&IID_IPlay2, L"IPlay2", L"IPlay", 2, 14,
+         {{L"ShowMediaInfo", "in long bShow"},
+          {L"SetMediaInfo", "in _TESSALY_MEDIA_INFO* pPMI"}}},
+        {&IID_IPlayCD, L"IPlayCD", L"IPlay2", 3, 16,
+         {{L"OpenCD", "in short wszDrive, in unsigned short wStartTrack, in unsigned short wEndTrack"},
+          {L"GetDuration", "inout double* dbDuration"}}},
+        {&IID_ITextDisplay, L"ITextDisplay", L"IUnknown", 1, 3,
+         {{L"SetGradientBkColor", "in unsigned long crTop, in unsigned long crBottom, in long bForceRefresh"},
+          {L"SetTextColor", "in unsigned long crColor, in long bForceRefresh"},
+          {L"SetFont", "in LOGFONTW* plf, in long bForceRefresh"},
+          {L"GetGradientBkColor", "out unsigned long* pcrTop, out unsigned long* pcrBottom"},
+          {L"GetTextColor", "out unsigned long* pcrColor"}}},
+        {&IID_IPlayEvents, L"IPlayEvents", L"IUnknown", 1, 3,
+         {{L"OnPlayComplete", ""},
+          {L"OnPlayError", "in HRESULT hrError"},
+          {L"OnPlayProgress", "in double dProgress, in _TESSALY_PLAYBACK_STATE CurPlayState"}}},
+        {&IID_IPlayCDEvents, L"IPlayCDEvents", L"IPlayEvents", 2, 6,
+         {{L"OnPlayTrackComplete", ""}}},
+        {&IID_IQueryFileInfo, L"IQueryFileInfo", L"IUnknown", 1, 3,
+         {{L"GetFileInfo", "in LPWSTR wszFilepath, out _TESSALY_FILEINFO* pOpenedFileInfo"}}},
+    };
+    return interfaces;
+}
+
+std::string Narrow(const wchar_t* text)
+{
+    std::string s;
+    for (; text && *text; ++text)
+        s += static_cast<char>(*text);
+    return s;
+}
+
+std::string NameOf(ITypeInfo* pInfo, MEMBERID memid = MEMBERID_NIL)
+{
+    BSTR bstrName = nullptr;
+    if (FAILED(pInfo->GetDocumentation(memid, &bstrName, nullptr, nullptr, nullptr)))
+        return "?";
+    std::string name = Narrow(bstrName);
+    SysFreeString(bstrName);
+    return name;
+}
+
+std::string TypeName(ITypeInfo* pInfo, const TYPEDESC& td)
+{
+    switch (td.vt)
+    {
+    case VT_UI4: return "unsigned long";
+    case VT_I4: return "long";
+    case VT_I2: return "short";
+    case VT_UI2: return "unsigned short";
+    case VT_UI1: return "unsigned char";
+    case VT_R8: return "double";
+    case VT_LPWSTR: return "LPWSTR";
+    case VT_HRESULT: return "HRESULT";
+    case VT_PTR: return TypeName(pInfo, *td.lptdesc) + "*";
+    case VT_USERDEFINED:
+    {
+        ComRef<ITypeInfo> ref;
+        if (FAILED(pInfo->GetRefTypeInfo(td.hreftype, &ref)))
+            return "?ref";
+        return NameOf(ref.p);
+    }
+    default: return "vt" + std::to_string(td.vt);
+    }
+}
+
+std::string Direction(USHORT flags)
+{
+    const bool in = (flags & PARAMFLAG_FIN) != 0;
+    const bool out = (flags & PARAMFLAG_FOUT) != 0;
+    return in && out ? "inout" : in ? "in" : out ? "out" : "none";
+}
+
+std::string DescribeParams(ITypeInfo* pInfo, const FUNCDESC* pFunc)
+{
+    std::vector<BSTR> names(pFunc->cParams + 1);
+    UINT cNames = 0;
+    pInfo->GetNames(pFunc->memid, names.data(), static_cast<UINT>(names.size()), &cNames);
+    std::string text;
+    for (SHORT i = 0; i < pFunc->cParams; ++i)
+    {
+        const ELEMDESC& e = pFunc->lprgelemdescParam[i];
+        if (i)
+            text += ", ";
+        text += Direction(e.paramdesc.wParamFlags) + " " + TypeName(pInfo, e.tdesc) + " " +
+                (static_cast<UINT>(i) + 1 < cNames ? Narrow(names[i + 1]) : "?");
+    }
+    for (UINT i = 0; i < cNames; ++i)
+        SysFreeString(names[i]);
+    return text;
+}
+
+class TypeLibrary : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(S_OK, LoadTypeLibEx(kTypeLibraryPath, REGKIND_NONE, &m_lib)) << TESSALY_TLB_PATH;
+    }
+
+    ITypeInfo* FindType(const char* name)
+    {
+        for (UINT i = 0; i < m_lib->GetTypeInfoCount(); ++i)
+        {
+            BSTR bstrName = nullptr;
+            if (SUCCEEDED(m_lib->GetDocumentation(static_cast<INT>(i), &bstrName, nullptr, nullptr, nullptr)))
+            {
+                const bool match = Narrow(bstrName) == name;
+                SysFreeString(bstrName);
+                ITypeInfo* pInfo = nullptr;
+                if (match && SUCCEEDED(m_lib->GetTypeInfo(i, &pInfo)))
+                    return pInfo;
+            }
+        }
+        return nullptr;
+    }
+
+    ComRef<ITypeLib> m_lib;
+};
+
+TEST_F(TypeLibrary, LibraryIdentityMatchesTheContract)
+{
+    TLIBATTR* pAttr = nullptr;
+    ASSERT_EQ(S_OK, m_lib->GetLibAttr(&pAttr));
+    EXPECT_TRUE(IsEqualGUID(pAttr->guid, LIBID_TESSALYLib));
+    EXPECT_EQ(0x0409u, pAttr->lcid);
+    EXPECT_EQ(SYS_WIN32, pAttr->syskind);
+    EXPECT_EQ(1, pAttr->wMajorVerNum);
+    EXPECT_EQ(0, pAttr->wMinorVerNum);
+    m_lib->ReleaseTLibAttr(pAttr);
+
+    BSTR bstrName = nullptr, bstrDoc = nullptr;
+    ASSERT_EQ(S_OK, m_lib->GetDocumentation(-1, &bstrName, &bstrDoc, nullptr, nullptr));
+    EXPECT_EQ("TESSALYLib", Narrow(bstrName));
+    EXPECT_EQ("Tessaly 1.0 Type Library", Narrow(bstrDoc));
+    SysFreeString(bstrName);
+    SysFreeString(bstrDoc);
+}
+
+TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
+{
+    for (const Interface& itf : ContractInterfaces())
+    {
+        SCOPED_TRACE(Narrow(itf.name));
+        ComRef<ITypeInfo> info;
+        ASSERT_EQ(S_OK, m_lib->GetTypeInfoOfGuid(*itf.iid, &info));
+        EXPECT_EQ(Narrow(itf.name), NameOf(info.p));
+
+        TYPEATTR* pAttr = nullptr;
+        ASSERT_EQ(S_OK, info->GetTypeAttr(&pAttr));
+        EXPECT_EQ(TKIND_INTERFACE, pAttr->typekind) << "custom vtable interface, not dispatch";
+        EXPECT_EQ(0, pAttr->wTypeFlags & (TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE));
+        EXPECT_EQ(itf.methods.size(), pAttr->cFuncs);
+        EXPECT_EQ(1, pAttr->cImplTypes);
+        EXPECT_EQ((itf.firstSlot + itf.methods.size()) * 4, pAttr->cbSizeVft);
+        info->ReleaseTypeAttr(pAttr);
+
+        HREFTYPE hBase = 0;
+        ASSERT_EQ(S_OK, info->GetRefTypeOfImplType(0, &hBase));
+        ComRef<ITypeInfo> base;
+        ASSERT_EQ(S_OK, info->GetRefTypeInfo(hBase, &base));
+        EXPECT_EQ(Narrow(itf.base), NameOf(base.p));
+
+        for (size_t i = 0; i < itf.methods.size(); ++i)
+        {
+            const Method& m = itf.methods[i];
+            SCOPED_TRACE(Narrow(m.name));
+            FUNCDESC* pFunc = nullptr;
+            ASSERT_EQ(S_OK, info->GetFuncDesc(static_cast<UINT>(i), &pFunc));
+            EXPECT_EQ(Narrow(m.name), NameOf(info.p, pFunc->memid));
+            EXPECT_EQ(static_cast<MEMBERID>(0x60000000 + itf.level * 0x10000 + static_cast<int>(i)), pFunc->memid);
+            EXPECT_EQ((itf.firstSlot + static_cast<int>(i)) * 4, pFunc->oVft);
+            EXPECT_EQ(CC_STDCALL, pFunc->callconv);
+            EXPECT_EQ(FUNC_PUREVIRTUAL, pFunc->funckind);
+            EXPECT_EQ(VT_HRESULT, pFunc->elemdescFunc.tdesc.vt);
+            EXPECT_EQ(0, pFunc->cParamsOpt);
+            EXPECT_EQ(m.params, DescribeParams(info.p, pFunc));
+
+            BSTR bstrDoc = nullptr;
+            EXPECT_EQ(S_OK, info->GetDocumentation(pFunc->memid, nullptr, &bstrDoc, nullptr, nullptr));
+            EXPECT_EQ(nullptr, bstrDoc) << "no method has a help string";
+            SysFreeString(bstrDoc);
+            info->ReleaseFuncDesc(pFunc);
+        }
+    }
+}
+
+struct Field
+{
+    const char* name;
+    ULONG offset;
+    const char* type;
+};
+
+void ExpectRecord(ITypeInfo* pInfo, ULONG cbSize, const std::vector<Field>& fields)
+{
+    ASSERT_NE(nullptr, pInfo);
+    TYPEATTR* pAttr = nullptr;
+    ASSERT_EQ(S_OK, pInfo->GetTypeAttr(&pAttr));
+    EXPECT_EQ(TKIND_RECORD, pAttr->typekind);
+    EXPECT_EQ(cbSize, pAttr->cbSizeInstance);
+    ASSERT_EQ(fields.size(), pAttr->cVars);
+    pInfo->ReleaseTypeAttr(pAttr);
+    for (size_t i = 0; i < fields.size(); ++i)
+    {
+        VARDESC* pVar = nullptr;
+        ASSERT_EQ(S_OK, pInfo->GetVarDesc(static_cast<UINT>(i), &pVar));
+        EXPECT_EQ(fields[i].name, NameOf(pInfo, pVar->memid));
+        EXPECT_EQ(fields[i].offset, pVar->oInst) << fields[i].name;
+        const TYPEDESC& td = pVar->elemdescVar.tdesc;
+        std::string type = TypeName(pInfo, td);
+        if (td.vt == VT_CARRAY)
+            type = TypeName(pInfo, td.lpadesc->tdescElem) + "[" +
+                   std::to_string(td.lpadesc->rgbounds[0].cElements) + "]";
+        EXPECT_EQ(fields[i].type, type) << fields[i].name;
+        pInfo->ReleaseVarDesc(pVar);
+    }
+}
+
+TEST_F(TypeLibrary, RecordsHaveTheContractsLayout)
+{
+    ComRef<ITypeInfo> fileInfo, mediaInfo, font;
+    fileInfo.p = FindType("_TESSALY_FILEINFO");
+    mediaInfo.p = FindType("_TESSALY_MEDIA_INFO");
+    font.p = FindType("LOGFONTW");
+    ExpectRecord(fileInfo.p, 24,
+                 {{"dwAttributeMask", 0, "unsigned long"}, {"dDuration", 8, "double"},
+                  {"dwWidth", 16, "unsigned long"}, {"dwHeight", 20, "unsigned long"}});
+    ExpectRecord(mediaInfo.p, 3656,
+                 {{"dwMediaTypeBit", 0, "unsigned long"}, {"wszCoverArtPath", 4, "short[512]"},
+                  {"wszChannelName", 1028, "short[120]"}, {"wszTitle", 1268, "short[120]"},
+                  {"wszReleaseDate", 1508, "short[50]"}, {"wszDescript", 1608, "short[1024]"}});
+    ExpectRecord(font.p, 92,
+                 {{"lfHeight", 0, "long"}, {"lfWidth", 4, "long"}, {"lfEscapement", 8, "long"},
+                  {"lfOrientation", 12, "long"}, {"lfWeight", 16, "long"},
+                  {"lfItalic", 20, "unsigned char"}, {"lfUnderline", 21, "unsigned char"},
+                  {"lfStrikeOut", 22, "unsigned char"}, {"lfCharSet", 23, "unsigned char"},
+                  {"lfOutPrecision", 24, "unsigned char"}, {"lfClipPrecision", 25, "unsigned char"},
+                  {"lfQuality", 26, "unsigned char"}, {"lfPitchAndFamily", 27, "unsigned char"},
+                  {"lfFaceName", 28, "short[32]"}});
+}
+
+TEST_F(TypeLibrary, PlaybackStateIsA32BitEnumerationWithTheContractsValues)
+{
+    ComRef<ITypeInfo> state;
+    state.p = FindType("_TESSALY_PLAYBACK_STATE");
+    ASSERT_NE(nullptr, state.p);
+    TYPEATTR* pAttr = nullptr;
+    ASSERT_EQ(S_OK, state->GetTypeAttr(&pAttr));
+    EXPECT_EQ(TKIND_ENUM, pAttr->typekind);
+    EXPECT_EQ(4u, pAttr->cbSizeInstance);
+    ASSERT_EQ(5, pAttr->cVars);
+    state->ReleaseTypeAttr(pAttr);
+    const char* names[] = {"Playback_State_Busy", "Playback_State_Play", "Playback_State_Pause",
+                           "Playback_State_Stop", "Playback_State_Error"};
+    for (UINT i = 0; i < 5; ++i)
+    {
+        VARDESC* pVar = nullptr;
+        ASSERT_EQ(S_OK, state->GetVarDesc(i, &pVar));
+        EXPECT_EQ(names[i], NameOf(state.p, pVar->memid));
+        EXPECT_EQ(static_cast<LONG>(i), V_I4(pVar->lpvarValue));
+        state->ReleaseVarDesc(pVar);
+    }
+}
+
+struct Implemented
+{
+    const char* name;
+    INT flags;
+};
+
+void ExpectCoclass(ITypeLib* pLib, const CLSID& clsid, const char* name, const char* help,
+                   const std::vector<Implemented>& interfaces)
+{
+    SCOPED_TRACE(name);
+    ComRef<ITypeInfo> info;
+    ASSERT_EQ(S_OK, pLib->GetTypeInfoOfGuid(clsid, &info));
+    BSTR bstrName = nullptr, bstrDoc = nullptr;
+    ASSERT_EQ(S_OK, info->GetDocumentation(MEMBERID_NIL, &bstrName, &bstrDoc, nullptr, nullptr));
+    EXPECT_EQ(name, Narrow(bstrName));
+    EXPECT_EQ(help, Narrow(bstrDoc));
+    SysFreeString(bstrName);
+    SysFreeString(bstrDoc);
+
+    TYPEATTR* pAttr = nullptr;
+    ASSERT_EQ(S_OK, info->GetTypeAttr(&pAttr));
+    EXPECT_EQ(TKIND_COCLASS, pAttr->typekind);
+    EXPECT_TRUE(pAttr->wTypeFlags & TYPEFLAG_FCANCREATE);
+    ASSERT_EQ(interfaces.size(), pAttr->cImplTypes);
+    info->ReleaseTypeAttr(pAttr);
+    for (UINT i = 0; i < interfaces.size(); ++i)
+    {
+        HREFTYPE href = 0;
+        ASSERT_EQ(S_OK, info->GetRefTypeOfImplType(i, &href));
+        ComRef<ITypeInfo> itf;
+        ASSERT_EQ(S_OK, info->GetRefTypeInfo(href, &itf));
+        EXPECT_EQ(interfaces[i].name, NameOf(itf.p));
+        INT flags = 0;
+        ASSERT_EQ(S_OK, info->GetImplTypeFlags(i, &flags));
+        EXPECT_EQ(interfaces[i].flags, flags) << interfaces[i].name;
+    }
+}
+
+TEST_F(TypeLibrary, ClassesNameTheirDefaultAndSourceInterfaces)
+{
+    ExpectCoclass(m_lib.p, CLSID_Play, "Play", "Play Class",
+                  {{"IPlay", IMPLTYPEFLAG_FDEFAULT}, {"IPlay2", 0}, {"IPlayCD", 0}, {"ITextDisplay", 0},
+                   {"IPlayEvents", IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE},
+                   {"IPlayCDEvents", IMPLTYPEFLAG_FSOURCE}});
+    ExpectCoclass(m_lib.p, CLSID_QueryFileInfo, "QueryFileInfo", "QueryFileInfo Class",
+                  {{"IQueryFileInfo", IMPLTYPEFLAG_FDEFAULT}});
+}
+
+TEST(ContractHeader, CodesAndFlagsHaveTheirFixedValues)
+{
+    EXPECT_EQ(static_cast<HRESULT>(0x8004A000), TESSALY_E_NOTSUPPORTED);
+    EXPECT_EQ(static_cast<HRESULT>(0x8004A003), TESSALY_E_CANNOTPLAY);
+    EXPECT_EQ(static_cast<HRESULT>(0x8004A004), TESSALY_E_NOTSEEKABLE);
+    EXPECT_EQ(static_cast<HRESULT>(0x8004A005), TESSALY_E_QT_NOTINSTALLED);
+    EXPECT_EQ(static_cast<HRESULT>(0x8004A009), TESSALY_E_QT_VERSION);
+    EXPECT_EQ(static_cast<HRESULT>(0x8004A00B), TESSALY_E_GDIPLUS_UNAVAILABLE);
+    EXPECT_TRUE(SUCCEEDED(TESSALY_S_AUDIO_NOT_RENDERED));
+    EXPECT_EQ(0x0004A000, TESSALY_S_AUDIO_NOT_RENDERED);
+    EXPECT_EQ(0x0004A001, TESSALY_S_VIDEO_NOT_RENDERED);
+    EXPECT_EQ(0x0004A002, TESSALY_S_PARTIAL_RENDER);
+    EXPECT_EQ(1u, TESSALY_PLAYBACK_CONTROL_PLAY);
+    EXPECT_EQ(2u, TESSALY_PLAYBACK_CONTROL_PAUSE);
+    EXPECT_EQ(3u, TESSALY_PLAYBACK_CONTROL_STOP);
+    EXPECT_EQ(6u, TESSALY_PLAYBACK_CONTROL_SEEKTOPOS);
+    EXPECT_EQ(1u, TESSALY_PLAYBACK_FLAG_STRETCH);
+    EXPECT_EQ(1u, TESSALY_OPEN_FLAG_CROSSFADE);
+    EXPECT_EQ(1u, TESSALY_FILEINFO_AUDIO_ONLY);
+    EXPECT_EQ(2u, TESSALY_FILEINFO_SEEKABLE);
+    EXPECT_EQ(4u, TESSALY_FILEINFO_PICTURE);
+    EXPECT_EQ(3, Playback_State_Stop);
+}
+
+} // namespace
