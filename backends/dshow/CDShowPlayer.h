@@ -1,0 +1,10 @@
+// Plays the common audio and video formats through DirectShow filter graphs.
+#pragma once
+
+#include "dispatch/CPlayerBase.h"
+
+class CDShowPlayer : public CPlayerBase
+{
+public:
+    CDShowPlayer();
+};

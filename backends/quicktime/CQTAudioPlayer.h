@@ -1,0 +1,10 @@
+// Plays the audio formats that QuickTime handles.
+#pragma once
+
+#include "dispatch/CPlayerBase.h"
+
+class CQTAudioPlayer : public CPlayerBase
+{
+public:
+    CQTAudioPlayer();
+};

@@ -1,0 +1,10 @@
+// Plays QuickTime movies and shows QuickTime pictures.
+#pragma once
+
+#include "dispatch/CPlayerBase.h"
+
+class CQTPlayer : public CPlayerBase
+{
+public:
+    CQTPlayer();
+};

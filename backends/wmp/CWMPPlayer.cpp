@@ -1,0 +1,16 @@
+#include "backends/wmp/CWMPPlayer.h"
+
+namespace {
+
+// One empty entry: no real extension matches it, so only the Windows Media route leads here,
+// yet hosts still see the entry in the supported-extension list.
+const LPCWSTR g_FileExt[] = {L""};
+
+} // namespace
+
+// Until the control host lands, Init keeps the base's failure.
+CWMPPlayer::CWMPPlayer()
+{
+    m_ppwszFileExt = g_FileExt;
+    m_dwFileExtCount = ARRAYSIZE(g_FileExt);
+}

@@ -1,0 +1,10 @@
+// Plays Windows Media files through the Windows Media Player control.
+#pragma once
+
+#include "dispatch/CPlayerBase.h"
+
+class CWMPPlayer : public CPlayerBase
+{
+public:
+    CWMPPlayer();
+};
