@@ -10,7 +10,7 @@ tessaly_build Release "$root/build-release"
 tessaly_build Debug "$root/build"
 
 cd "$root/build"
-xvfb-run -a -s "-screen 0 1280x1024x24 -nolisten tcp" bash -c '
+xvfb-run -a -n $((100 + RANDOM % 800)) -s "-screen 0 1280x1024x24 -nolisten tcp" bash -c '
   set -u
   ./wine-run cmd /c exit >/dev/null 2>&1 || true   # makes the prefix once, before tests run in parallel
   WINEPREFIX="$PWD/wineprefix" wineserver -p
