@@ -19,7 +19,7 @@ for p in "${packages[@]}"; do
   name=${p%%:*}
   arch=$native
   [[ $p == *:* ]] && arch=${p#*:}
-  if ! grep -qE "^${name}:(${arch}|all) ii" <<<"$installed_list"; then
+  if ! grep -qxF -e "${name}:${arch} ii " -e "${name}:all ii " <<<"$installed_list"; then
     missing+=("$p")
   fi
 done
