@@ -1,0 +1,256 @@
+// The generated proxy/stub, used for real: an object lives in one apartment and is called
+// from another through the proxies built from the contract.
+#include <windows.h>
+#include <objbase.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+#include "engine/TessalyContract.h"
+
+extern "C" HRESULT WINAPI PrxDllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
+
+namespace {
+
+// The proxy class is named after the first interface of the proxy table.
+const CLSID& kProxyClass = IID_IPlay2;
+
+// Answers IQueryFileInfo and ITextDisplay, remembering what it was sent.
+class RecordingObject : public IQueryFileInfo, public ITextDisplay
+{
+public:
+    std::wstring lastPath;
+    LOGFONTW lastFont = {};
+    LONG lastForce = -1;
+    HRESULT answer = S_OK;
+
+    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override
+    {
+        if (riid == IID_IUnknown || riid == IID_IQueryFileInfo)
+            *ppv = static_cast<IQueryFileInfo*>(this);
+        else if (riid == IID_ITextDisplay)
+            *ppv = static_cast<ITextDisplay*>(this);
+        else
+        {
+            *ppv = nullptr;
+            return E_NOINTERFACE;
+        }
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return InterlockedIncrement(&m_refs); }
+    STDMETHODIMP_(ULONG) Release() override { return InterlockedDecrement(&m_refs); }
+
+    STDMETHODIMP GetFileInfo(LPWSTR wszFilepath, TESSALY_FILEINFO* pInfo) override
+    {
+        lastPath = wszFilepath;
+        if (FAILED(answer))
+            return answer;
+        pInfo->dwAttributeMask = TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE;
+        pInfo->dDuration = 12.5;
+        pInfo->dwWidth = 640;
+        pInfo->dwHeight = 480;
+        return S_OK;
+    }
+
+    STDMETHODIMP SetGradientBkColor(ULONG, ULONG, LONG) override { return S_OK; }
+    STDMETHODIMP SetTextColor(ULONG, LONG) override { return S_OK; }
+    STDMETHODIMP SetFont(LOGFONTW* plf, LONG bForceRefresh) override
+    {
+        lastFont = *plf;
+        lastForce = bForceRefresh;
+        return S_OK;
+    }
+    STDMETHODIMP GetGradientBkColor(ULONG* pcrTop, ULONG* pcrBottom) override
+    {
+        *pcrTop = 0x00112233;
+        *pcrBottom = 0x00445566;
+        return S_OK;
+    }
+    STDMETHODIMP GetTextColor(ULONG* pcrColor) override
+    {
+        *pcrColor = 0x00ABCDEF;
+        return S_OK;
+    }
+
+    LONG refs() const { return m_refs; }
+
+private:
+    LONG m_refs = 1;
+};
+
+// Makes the built-in proxy class known to the calling apartment, without the registry.
+class ProxyRegistration
+{
+public:
+    ProxyRegistration()
+    {
+        IUnknown* pFactory = nullptr;
+        m_hr = PrxDllGetClassObject(kProxyClass, IID_IUnknown, reinterpret_cast<void**>(&pFactory));
+        if (SUCCEEDED(m_hr))
+        {
+            m_hr = CoRegisterClassObject(kProxyClass, pFactory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
+            pFactory->Release();
+        }
+        for (const IID* iid : {&IID_IPlay, &IID_IPlay2, &IID_IPlayCD, &IID_ITextDisplay, &IID_IPlayEvents,
+                               &IID_IPlayCDEvents, &IID_IQueryFileInfo})
+        {
+            if (SUCCEEDED(m_hr))
+                m_hr = CoRegisterPSClsid(*iid, kProxyClass);
+        }
+    }
+    ~ProxyRegistration()
+    {
+        if (m_cookie)
+            CoRevokeClassObject(m_cookie);
+    }
+    HRESULT result() const { return m_hr; }
+
+private:
+    HRESULT m_hr = E_FAIL;
+    DWORD m_cookie = 0;
+};
+
+class ProxyStub : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
+        m_registration = new ProxyRegistration;
+        ASSERT_EQ(S_OK, m_registration->result());
+        m_ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        m_server = std::thread([this] { Serve(); });
+        WaitForSingleObject(m_ready, INFINITE);
+        ASSERT_EQ(S_OK, m_serverResult);
+        ASSERT_EQ(S_OK, CoGetInterfaceAndReleaseStream(m_stream, IID_IQueryFileInfo,
+                                                       reinterpret_cast<void**>(&m_proxy)));
+        ASSERT_NE(static_cast<IQueryFileInfo*>(&m_object), m_proxy) << "a proxy, not the object";
+    }
+
+    void TearDown() override
+    {
+        if (m_proxy)
+            m_proxy->Release();
+        StopServer();
+        CloseHandle(m_ready);
+        delete m_registration;
+        CoUninitialize();
+    }
+
+    void StopServer()
+    {
+        if (m_server.joinable())
+        {
+            PostThreadMessageW(m_serverThreadId, WM_QUIT, 0, 0);
+            m_server.join();
+        }
+    }
+
+    // The server apartment: registers the proxy class too, hands out the object, pumps.
+    void Serve()
+    {
+        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+        {
+            ProxyRegistration registration;
+            MSG msg;
+            PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE); // the thread needs a queue for WM_QUIT
+            m_serverThreadId = GetCurrentThreadId();
+            m_serverResult = registration.result();
+            if (SUCCEEDED(m_serverResult))
+                m_serverResult = CoMarshalInterThreadInterfaceInStream(
+                    IID_IQueryFileInfo, static_cast<IQueryFileInfo*>(&m_object), &m_stream);
+            SetEvent(m_ready);
+            while (GetMessageW(&msg, nullptr, 0, 0) > 0)
+                DispatchMessageW(&msg);
+        }
+        CoUninitialize();
+    }
+
+    RecordingObject m_object;
+    ProxyRegistration* m_registration = nullptr;
+    HANDLE m_ready = nullptr;
+    std::thread m_server;
+    DWORD m_serverThreadId = 0;
+    HRESULT m_serverResult = E_FAIL;
+    IStream* m_stream = nullptr;
+    IQueryFileInfo* m_proxy = nullptr;
+};
+
+TEST_F(ProxyStub, CarriesAStringInAndARecordBack)
+{
+    TESSALY_FILEINFO info = {};
+    WCHAR path[] = L"C:\\Media\\song.mp3";
+    EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
+    EXPECT_EQ(L"C:\\Media\\song.mp3", m_object.lastPath);
+    EXPECT_EQ(TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE, info.dwAttributeMask);
+    EXPECT_EQ(12.5, info.dDuration);
+    EXPECT_EQ(640u, info.dwWidth);
+    EXPECT_EQ(480u, info.dwHeight);
+}
+
+TEST_F(ProxyStub, ReturnsTheObjectsFailureCodeUnchanged)
+{
+    m_object.answer = TESSALY_E_NOTSUPPORTED;
+    TESSALY_FILEINFO info = {};
+    WCHAR path[] = L"C:\\Media\\notes.txt";
+    EXPECT_EQ(TESSALY_E_NOTSUPPORTED, m_proxy->GetFileInfo(path, &info));
+    EXPECT_EQ(L"C:\\Media\\notes.txt", m_object.lastPath);
+}
+
+TEST_F(ProxyStub, CarriesTheFontRecordAndColourOutputsOfTheTextInterface)
+{
+    ITextDisplay* pText = nullptr;
+    ASSERT_EQ(S_OK, m_proxy->QueryInterface(IID_ITextDisplay, reinterpret_cast<void**>(&pText)));
+    LOGFONTW lf = {};
+    lf.lfHeight = -24;
+    lf.lfWeight = FW_BOLD;
+    lf.lfItalic = 1;
+    lf.lfPitchAndFamily = 0x22;
+    lstrcpyW(lf.lfFaceName, L"Tahoma");
+    EXPECT_EQ(S_OK, pText->SetFont(&lf, 1));
+    EXPECT_EQ(0, memcmp(&lf, &m_object.lastFont, sizeof(lf)));
+    EXPECT_EQ(1, m_object.lastForce);
+
+    ULONG top = 0, bottom = 0, text = 0;
+    EXPECT_EQ(S_OK, pText->GetGradientBkColor(&top, &bottom));
+    EXPECT_EQ(0x00112233u, top);
+    EXPECT_EQ(0x00445566u, bottom);
+    EXPECT_EQ(S_OK, pText->GetTextColor(&text));
+    EXPECT_EQ(0x00ABCDEFu, text);
+    pText->Release();
+}
+
+// The proxy raises for a null reference before anything is sent; its exception frame must turn
+// that into a result code, and leave the thread's frame chain intact for the calls that follow.
+TEST_F(ProxyStub, ANullReferenceIsRefusedByTheProxyAndLaterCallsStillWork)
+{
+    TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    EXPECT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(nullptr, &info));
+    EXPECT_EQ(0u, info.dwAttributeMask) << "outputs are cleared";
+    EXPECT_EQ(0.0, info.dDuration);
+    EXPECT_TRUE(m_object.lastPath.empty()) << "nothing reached the object";
+
+    WCHAR path[] = L"C:\\Media\\again.mp3";
+    EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
+    EXPECT_EQ(12.5, info.dDuration);
+    EXPECT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(path, nullptr));
+    EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
+}
+
+TEST_F(ProxyStub, ACallToAVanishedApartmentFailsInsteadOfCrashing)
+{
+    StopServer(); // the object's apartment is gone; the channel reports it inside the proxy
+    TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    WCHAR path[] = L"C:\\Media\\song.mp3";
+    const HRESULT hr = m_proxy->GetFileInfo(path, &info);
+    // Which code depends on the platform's channel (Wine answers RPC_S_UNKNOWN_IF, Windows
+    // RPC_E_DISCONNECTED); what matters is a failure the caller can see.
+    EXPECT_TRUE(hr == RPC_E_DISCONNECTED || hr == HRESULT_FROM_WIN32(RPC_S_UNKNOWN_IF)) << std::hex << hr;
+    EXPECT_EQ(0u, info.dwAttributeMask) << "outputs are cleared";
+    EXPECT_EQ(0.0, info.dDuration);
+}
+
+} // namespace
