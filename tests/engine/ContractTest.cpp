@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
 
 namespace {
@@ -15,18 +16,6 @@ namespace {
 #define TESSALY_WIDEN2(x) L##x
 #define TESSALY_WIDEN(x) TESSALY_WIDEN2(x)
 const wchar_t* const kTypeLibraryPath = TESSALY_WIDEN(TESSALY_TLB_PATH);
-
-template <class T>
-struct ComRef
-{
-    T* p = nullptr;
-    ComRef() = default;
-    ComRef(const ComRef&) = delete;
-    ComRef& operator=(const ComRef&) = delete;
-    ~ComRef() { if (p) p->Release(); }
-    T** operator&() { return &p; }
-    T* operator->() const { return p; }
-};
 
 struct Method
 {
@@ -116,10 +105,10 @@ std::string TypeName(ITypeInfo* pInfo, const TYPEDESC& td)
     case VT_PTR: return TypeName(pInfo, *td.lptdesc) + "*";
     case VT_USERDEFINED:
     {
-        ComRef<ITypeInfo> ref;
+        CComPtr<ITypeInfo> ref;
         if (FAILED(pInfo->GetRefTypeInfo(td.hreftype, &ref)))
             return "?ref";
-        return NameOf(ref.p);
+        return NameOf(ref.Get());
     }
     default: return "vt" + std::to_string(td.vt);
     }
@@ -176,7 +165,7 @@ protected:
         return nullptr;
     }
 
-    ComRef<ITypeLib> m_lib;
+    CComPtr<ITypeLib> m_lib;
 };
 
 TEST_F(TypeLibrary, LibraryIdentityMatchesTheContract)
@@ -203,9 +192,9 @@ TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
     for (const Interface& itf : ContractInterfaces())
     {
         SCOPED_TRACE(Narrow(itf.name));
-        ComRef<ITypeInfo> info;
+        CComPtr<ITypeInfo> info;
         ASSERT_EQ(S_OK, m_lib->GetTypeInfoOfGuid(*itf.iid, &info));
-        EXPECT_EQ(Narrow(itf.name), NameOf(info.p));
+        EXPECT_EQ(Narrow(itf.name), NameOf(info.Get()));
 
         TYPEATTR* pAttr = nullptr;
         ASSERT_EQ(S_OK, info->GetTypeAttr(&pAttr));
@@ -218,9 +207,9 @@ TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
 
         HREFTYPE hBase = 0;
         ASSERT_EQ(S_OK, info->GetRefTypeOfImplType(0, &hBase));
-        ComRef<ITypeInfo> base;
+        CComPtr<ITypeInfo> base;
         ASSERT_EQ(S_OK, info->GetRefTypeInfo(hBase, &base));
-        EXPECT_EQ(Narrow(itf.base), NameOf(base.p));
+        EXPECT_EQ(Narrow(itf.base), NameOf(base.Get()));
 
         for (size_t i = 0; i < itf.methods.size(); ++i)
         {
@@ -228,14 +217,14 @@ TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
             SCOPED_TRACE(Narrow(m.name));
             FUNCDESC* pFunc = nullptr;
             ASSERT_EQ(S_OK, info->GetFuncDesc(static_cast<UINT>(i), &pFunc));
-            EXPECT_EQ(Narrow(m.name), NameOf(info.p, pFunc->memid));
+            EXPECT_EQ(Narrow(m.name), NameOf(info.Get(), pFunc->memid));
             EXPECT_EQ(static_cast<MEMBERID>(0x60000000 + itf.level * 0x10000 + static_cast<int>(i)), pFunc->memid);
             EXPECT_EQ((itf.firstSlot + static_cast<int>(i)) * 4, pFunc->oVft);
             EXPECT_EQ(CC_STDCALL, pFunc->callconv);
             EXPECT_EQ(FUNC_PUREVIRTUAL, pFunc->funckind);
             EXPECT_EQ(VT_HRESULT, pFunc->elemdescFunc.tdesc.vt);
             EXPECT_EQ(0, pFunc->cParamsOpt);
-            EXPECT_EQ(m.params, DescribeParams(info.p, pFunc));
+            EXPECT_EQ(m.params, DescribeParams(info.Get(), pFunc));
 
             BSTR bstrDoc = nullptr;
             EXPECT_EQ(S_OK, info->GetDocumentation(pFunc->memid, nullptr, &bstrDoc, nullptr, nullptr));
@@ -280,18 +269,18 @@ void ExpectRecord(ITypeInfo* pInfo, ULONG cbSize, const std::vector<Field>& fiel
 
 TEST_F(TypeLibrary, RecordsHaveTheContractsLayout)
 {
-    ComRef<ITypeInfo> fileInfo, mediaInfo, font;
-    fileInfo.p = FindType("_TESSALY_FILEINFO");
-    mediaInfo.p = FindType("_TESSALY_MEDIA_INFO");
-    font.p = FindType("LOGFONTW");
-    ExpectRecord(fileInfo.p, 24,
+    CComPtr<ITypeInfo> fileInfo, mediaInfo, font;
+    fileInfo.Attach(FindType("_TESSALY_FILEINFO"));
+    mediaInfo.Attach(FindType("_TESSALY_MEDIA_INFO"));
+    font.Attach(FindType("LOGFONTW"));
+    ExpectRecord(fileInfo.Get(), 24,
                  {{"dwAttributeMask", 0, "unsigned long"}, {"dDuration", 8, "double"},
                   {"dwWidth", 16, "unsigned long"}, {"dwHeight", 20, "unsigned long"}});
-    ExpectRecord(mediaInfo.p, 3656,
+    ExpectRecord(mediaInfo.Get(), 3656,
                  {{"dwMediaTypeBit", 0, "unsigned long"}, {"wszCoverArtPath", 4, "short[512]"},
                   {"wszChannelName", 1028, "short[120]"}, {"wszTitle", 1268, "short[120]"},
                   {"wszReleaseDate", 1508, "short[50]"}, {"wszDescript", 1608, "short[1024]"}});
-    ExpectRecord(font.p, 92,
+    ExpectRecord(font.Get(), 92,
                  {{"lfHeight", 0, "long"}, {"lfWidth", 4, "long"}, {"lfEscapement", 8, "long"},
                   {"lfOrientation", 12, "long"}, {"lfWeight", 16, "long"},
                   {"lfItalic", 20, "unsigned char"}, {"lfUnderline", 21, "unsigned char"},
@@ -303,9 +292,9 @@ TEST_F(TypeLibrary, RecordsHaveTheContractsLayout)
 
 TEST_F(TypeLibrary, PlaybackStateIsA32BitEnumerationWithTheContractsValues)
 {
-    ComRef<ITypeInfo> state;
-    state.p = FindType("_TESSALY_PLAYBACK_STATE");
-    ASSERT_NE(nullptr, state.p);
+    CComPtr<ITypeInfo> state;
+    state.Attach(FindType("_TESSALY_PLAYBACK_STATE"));
+    ASSERT_NE(nullptr, state.Get());
     TYPEATTR* pAttr = nullptr;
     ASSERT_EQ(S_OK, state->GetTypeAttr(&pAttr));
     EXPECT_EQ(TKIND_ENUM, pAttr->typekind);
@@ -318,7 +307,7 @@ TEST_F(TypeLibrary, PlaybackStateIsA32BitEnumerationWithTheContractsValues)
     {
         VARDESC* pVar = nullptr;
         ASSERT_EQ(S_OK, state->GetVarDesc(i, &pVar));
-        EXPECT_EQ(names[i], NameOf(state.p, pVar->memid));
+        EXPECT_EQ(names[i], NameOf(state.Get(), pVar->memid));
         EXPECT_EQ(static_cast<LONG>(i), V_I4(pVar->lpvarValue));
         state->ReleaseVarDesc(pVar);
     }
@@ -334,7 +323,7 @@ void ExpectCoclass(ITypeLib* pLib, const CLSID& clsid, const char* name, const c
                    const std::vector<Implemented>& interfaces)
 {
     SCOPED_TRACE(name);
-    ComRef<ITypeInfo> info;
+    CComPtr<ITypeInfo> info;
     ASSERT_EQ(S_OK, pLib->GetTypeInfoOfGuid(clsid, &info));
     BSTR bstrName = nullptr, bstrDoc = nullptr;
     ASSERT_EQ(S_OK, info->GetDocumentation(MEMBERID_NIL, &bstrName, &bstrDoc, nullptr, nullptr));
@@ -353,9 +342,9 @@ void ExpectCoclass(ITypeLib* pLib, const CLSID& clsid, const char* name, const c
     {
         HREFTYPE href = 0;
         ASSERT_EQ(S_OK, info->GetRefTypeOfImplType(i, &href));
-        ComRef<ITypeInfo> itf;
+        CComPtr<ITypeInfo> itf;
         ASSERT_EQ(S_OK, info->GetRefTypeInfo(href, &itf));
-        EXPECT_EQ(interfaces[i].name, NameOf(itf.p));
+        EXPECT_EQ(interfaces[i].name, NameOf(itf.Get()));
         INT flags = 0;
         ASSERT_EQ(S_OK, info->GetImplTypeFlags(i, &flags));
         EXPECT_EQ(interfaces[i].flags, flags) << interfaces[i].name;
@@ -364,11 +353,11 @@ void ExpectCoclass(ITypeLib* pLib, const CLSID& clsid, const char* name, const c
 
 TEST_F(TypeLibrary, ClassesNameTheirDefaultAndSourceInterfaces)
 {
-    ExpectCoclass(m_lib.p, CLSID_Play, "Play", "Play Class",
+    ExpectCoclass(m_lib.Get(), CLSID_Play, "Play", "Play Class",
                   {{"IPlay", IMPLTYPEFLAG_FDEFAULT}, {"IPlay2", 0}, {"IPlayCD", 0}, {"ITextDisplay", 0},
                    {"IPlayEvents", IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE},
                    {"IPlayCDEvents", IMPLTYPEFLAG_FSOURCE}});
-    ExpectCoclass(m_lib.p, CLSID_QueryFileInfo, "QueryFileInfo", "QueryFileInfo Class",
+    ExpectCoclass(m_lib.Get(), CLSID_QueryFileInfo, "QueryFileInfo", "QueryFileInfo Class",
                   {{"IQueryFileInfo", IMPLTYPEFLAG_FDEFAULT}});
 }
 

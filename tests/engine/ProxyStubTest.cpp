@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
 
 extern "C" HRESULT WINAPI PrxDllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
@@ -87,13 +88,10 @@ class ProxyRegistration
 public:
     ProxyRegistration()
     {
-        IUnknown* pFactory = nullptr;
-        m_hr = PrxDllGetClassObject(kProxyClass, IID_IUnknown, reinterpret_cast<void**>(&pFactory));
+        CComPtr<IUnknown> factory;
+        m_hr = PrxDllGetClassObject(kProxyClass, IID_IUnknown, factory.Out());
         if (SUCCEEDED(m_hr))
-        {
-            m_hr = CoRegisterClassObject(kProxyClass, pFactory, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
-            pFactory->Release();
-        }
+            m_hr = CoRegisterClassObject(kProxyClass, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
         for (const IID* iid : {&IID_IPlay, &IID_IPlay2, &IID_IPlayCD, &IID_ITextDisplay, &IID_IPlayEvents,
                                &IID_IPlayCDEvents, &IID_IQueryFileInfo})
         {
@@ -125,16 +123,15 @@ protected:
         m_server = std::thread([this] { Serve(); });
         WaitForSingleObject(m_ready, INFINITE);
         ASSERT_EQ(S_OK, m_serverResult);
-        ASSERT_EQ(S_OK, CoGetInterfaceAndReleaseStream(m_stream, IID_IQueryFileInfo,
-                                                       reinterpret_cast<void**>(&m_proxy)));
-        ASSERT_NE(static_cast<IQueryFileInfo*>(&m_object), m_proxy) << "a proxy, not the object";
+        ASSERT_EQ(S_OK, CoGetInterfaceAndReleaseStream(m_stream, IID_IQueryFileInfo, m_proxy.Out()));
+        ASSERT_NE(static_cast<IQueryFileInfo*>(&m_object), m_proxy.Get()) << "a proxy, not the object";
     }
 
     void TearDown() override
     {
-        if (m_proxy)
-            m_proxy->Release();
+        m_proxy.Reset();
         StopServer();
+        EXPECT_EQ(1, m_object.refs()) << "the stub let go of the object";
         CloseHandle(m_ready);
         delete m_registration;
         CoUninitialize();
@@ -176,7 +173,7 @@ protected:
     DWORD m_serverThreadId = 0;
     HRESULT m_serverResult = E_FAIL;
     IStream* m_stream = nullptr;
-    IQueryFileInfo* m_proxy = nullptr;
+    CComPtr<IQueryFileInfo> m_proxy;
 };
 
 TEST_F(ProxyStub, CarriesAStringInAndARecordBack)
@@ -202,8 +199,8 @@ TEST_F(ProxyStub, ReturnsTheObjectsFailureCodeUnchanged)
 
 TEST_F(ProxyStub, CarriesTheFontRecordAndColourOutputsOfTheTextInterface)
 {
-    ITextDisplay* pText = nullptr;
-    ASSERT_EQ(S_OK, m_proxy->QueryInterface(IID_ITextDisplay, reinterpret_cast<void**>(&pText)));
+    CComPtr<ITextDisplay> pText;
+    ASSERT_EQ(S_OK, m_proxy.QueryInterface(IID_ITextDisplay, pText));
     LOGFONTW lf = {};
     lf.lfHeight = -24;
     lf.lfWeight = FW_BOLD;
@@ -220,7 +217,6 @@ TEST_F(ProxyStub, CarriesTheFontRecordAndColourOutputsOfTheTextInterface)
     EXPECT_EQ(0x00445566u, bottom);
     EXPECT_EQ(S_OK, pText->GetTextColor(&text));
     EXPECT_EQ(0x00ABCDEFu, text);
-    pText->Release();
 }
 
 // The proxy raises for a null reference before anything is sent; its exception frame must turn

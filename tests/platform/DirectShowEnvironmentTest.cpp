@@ -9,21 +9,9 @@
 #include <string>
 #include <vector>
 
-namespace {
+#include "engine/CComPtr.h"
 
-template <class T>
-struct ComRef
-{
-    T* p = nullptr;
-    ComRef() = default;
-    ComRef(const ComRef&) = delete;
-    ComRef& operator=(const ComRef&) = delete;
-    ~ComRef() { if (p) p->Release(); }
-    T** operator&() { return &p; }
-    T* operator->() const { return p; }
-    template <class Q>
-    HRESULT As(REFIID iid, ComRef<Q>& other) { return p->QueryInterface(iid, reinterpret_cast<void**>(&other.p)); }
-};
+namespace {
 
 // A 16-bit mono PCM file of the given length, written byte by byte.
 std::wstring WriteSilentWave(double dSeconds)
@@ -56,21 +44,21 @@ TEST(PlatformAudio, AWaveFileRendersAndCompletesInRealTime)
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     const std::wstring wav = WriteSilentWave(0.5);
     {
-        ComRef<IGraphBuilder> graph;
+        CComPtr<IGraphBuilder> graph;
         ASSERT_EQ(S_OK, CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER,
-                                         IID_IGraphBuilder, reinterpret_cast<void**>(&graph)));
+                                         IID_IGraphBuilder, graph.Out()));
         ASSERT_EQ(S_OK, graph->RenderFile(wav.c_str(), nullptr)) << "no audio renderer: check the ALSA null device";
 
-        ComRef<IMediaSeeking> seeking;
-        ASSERT_EQ(S_OK, graph.As(IID_IMediaSeeking, seeking));
+        CComPtr<IMediaSeeking> seeking;
+        ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaSeeking, seeking));
         LONGLONG duration = 0;
         ASSERT_EQ(S_OK, seeking->GetDuration(&duration));
         EXPECT_NEAR(5000000, duration, 100000);
 
-        ComRef<IMediaControl> control;
-        ComRef<IMediaEventEx> events;
-        ASSERT_EQ(S_OK, graph.As(IID_IMediaControl, control));
-        ASSERT_EQ(S_OK, graph.As(IID_IMediaEventEx, events));
+        CComPtr<IMediaControl> control;
+        CComPtr<IMediaEventEx> events;
+        ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaControl, control));
+        ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaEventEx, events));
         const DWORD dwStart = GetTickCount();
         ASSERT_TRUE(SUCCEEDED(control->Run()));
         long code = 0;
