@@ -11,13 +11,14 @@ set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 include(GoogleTest)
 
-# tessaly_test(name SOURCES... LIBS ...): one GoogleTest program, its cases discovered when ctest runs.
+# tessaly_test(name SOURCES... LIBS ... [PROPERTIES ...]): one GoogleTest program, its cases
+# discovered when ctest runs, each with the given ctest properties.
 function(tessaly_test name)
-  cmake_parse_arguments(T "" "" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(T "" "" "SOURCES;LIBS;PROPERTIES" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gmock GTest::gtest_main)
   target_link_options(${name} PRIVATE -static)
   tessaly_warnings(${name})
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
-    PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${name}."
+    PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
 endfunction()

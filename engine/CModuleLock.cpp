@@ -1,0 +1,3 @@
+#include "engine/CModuleLock.h"
+
+LONG CModuleLock::s_lCount = 0;
