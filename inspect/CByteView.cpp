@@ -30,7 +30,7 @@ bool CByteView::Equals(uint64_t offset, const uint8_t* pExpected, size_t cbExpec
     Touch(offset, cbExpected);
     for (size_t i = 0; i < cbExpected; ++i)
     {
-        if (ByteAt(offset + i) != pExpected[i])
+        if (ByteAt(offset, i) != pExpected[i])
             return false;
     }
     return true;
@@ -41,7 +41,7 @@ uint64_t CByteView::ReadLittleEndian(uint64_t offset, unsigned cb) const
     Touch(offset, cb);
     uint64_t value = 0;
     for (unsigned i = 0; i < cb; ++i)
-        value |= static_cast<uint64_t>(ByteAt(offset + i)) << (8 * i);
+        value |= static_cast<uint64_t>(ByteAt(offset, i)) << (8 * i);
     return value;
 }
 

@@ -28,7 +28,11 @@ public:
     uint64_t HighWaterMark() const { return m_cbHighWater; }
 
 private:
-    uint8_t ByteAt(uint64_t offset) const { return offset < m_cbData ? m_pData[offset] : 0; }
+    // Byte i of a read at offset, or zero past the end; offset + i never wraps.
+    uint8_t ByteAt(uint64_t offset, uint64_t i) const
+    {
+        return offset < m_cbData && i < m_cbData - offset ? m_pData[offset + i] : 0;
+    }
     uint64_t ReadLittleEndian(uint64_t offset, unsigned cb) const;
     void Touch(uint64_t offset, uint64_t length) const;
 

@@ -11,6 +11,7 @@
 
 namespace {
 
+// Taken before anything else runs: writing a trace line may change the thread's last error.
 int32_t LastErrorAsResult()
 {
     return HRESULT_FROM_WIN32(GetLastError());
@@ -50,8 +51,9 @@ int32_t CReadOnlyFileView::Open(const wchar_t* pszPath)
                           FILE_ATTRIBUTE_NORMAL, nullptr);
     if (m_hFile == INVALID_HANDLE_VALUE)
     {
+        const int32_t hr = LastErrorAsResult();
         TESSALY_TRACE("E:CASFFileParser::Open> CreateFile failed");
-        return LastErrorAsResult();
+        return hr;
     }
 
     // A low word of all ones is taken as failure without asking GetLastError whether it was one;
@@ -60,8 +62,8 @@ int32_t CReadOnlyFileView::Open(const wchar_t* pszPath)
     const DWORD sizeLow = GetFileSize(m_hFile, &sizeHigh);
     if (sizeLow == INVALID_FILE_SIZE)
     {
-        TESSALY_TRACE("E:CASFFileParser::Open> GetFileSize failed");
         const int32_t hr = LastErrorAsResult();
+        TESSALY_TRACE("E:CASFFileParser::Open> GetFileSize failed");
         Close();
         return hr;
     }
@@ -76,16 +78,16 @@ int32_t CReadOnlyFileView::Open(const wchar_t* pszPath)
     m_hMapping = CreateFileMappingW(m_hFile, nullptr, PAGE_READONLY, 0, 0, nullptr);
     if (!m_hMapping)
     {
-        TESSALY_TRACE("E:CASFFileParser::Open> CreateFileMapping failed");
         const int32_t hr = LastErrorAsResult();
+        TESSALY_TRACE("E:CASFFileParser::Open> CreateFileMapping failed");
         Close();
         return hr;
     }
     m_pView = static_cast<const uint8_t*>(MapViewOfFile(m_hMapping, FILE_MAP_READ, 0, 0, 0));
     if (!m_pView)
     {
-        TESSALY_TRACE("E:CASFFileParser::Open> MapViewOfFile failed");
         const int32_t hr = LastErrorAsResult();
+        TESSALY_TRACE("E:CASFFileParser::Open> MapViewOfFile failed");
         Close();
         return hr;
     }
