@@ -296,6 +296,11 @@ void CASFFileParser::GetStreamBitrateProperties(const CByteView& view, uint64_t 
         else
             TESSALY_TRACE("S:CASFFileParser::GetStreamBitrateProperties> can't get stream info pointer for stream number = %d",
                           number);
+        // Every record wholly past the end of the file reads as stream 0 at 0 bps, so the first
+        // of them stands for all the rest; a hostile count of 65535 in each of many objects
+        // would otherwise keep the caller busy for minutes.
+        if (!view.Contains(record, 1))
+            break;
     }
 }
 

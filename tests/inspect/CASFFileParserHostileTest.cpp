@@ -231,13 +231,19 @@ TEST(ASFHostileHeader, FieldsThatOverstateWhatFollowsReadZerosNotBeyondTheFile)
     EXPECT_EQ(kStereo.nSamplesPerSec, audio.audio.nSamplesPerSec);
     EXPECT_EQ(kStereo.wBitsPerSample, audio.audio.wBitsPerSample);
 
-    // 4096 bitrate records announced, one present: the rest read as stream 0, bitrate 0.
-    const Builder builder = Builder().VideoStream(2, 8, 8, 24, "WMV3").StreamBitrates({{2, 600000}});
-    auto bytes = builder.Build(false);
-    bytes[builder.ChildOffset(1) + 25] = 0x10;
-    const CParseProbe records(bytes);
-    EXPECT_EQ(CASFFileParser::kOk, records.hr);
-    EXPECT_EQ(600000u, records.video.dwBitrate);
+    // 65535 bitrate records announced, one present: the rest read as stream 0 at 0 bps, which
+    // only a stream numbered 0 notices.
+    for (const uint16_t flags : {0x0002, 0x0080})
+    {
+        SCOPED_TRACE(flags);
+        const Builder builder = Builder().VideoStream(flags, 8, 8, 24, "WMV3").StreamBitrates({{flags, 600000}});
+        auto bytes = builder.Build(false);
+        bytes[builder.ChildOffset(1) + 24] = 0xFF;
+        bytes[builder.ChildOffset(1) + 25] = 0xFF;
+        const CParseProbe records(bytes);
+        EXPECT_EQ(CASFFileParser::kOk, records.hr);
+        EXPECT_EQ(flags == 0x0080 ? 0u : 600000u, records.video.dwBitrate);
+    }
 }
 
 } // namespace
