@@ -473,6 +473,8 @@ LPCWSTR* CMediaPlayer::GetSupportedFileExt(DWORD* pnCount)
         *pnCount = 0;
         return nullptr;
     }
+    // A back-end that counts entries but has no table leaves its share empty, not undefined.
+    ZeroMemory(ppList, nTotal * sizeof(LPCWSTR));
     DWORD nCopied = 0;
     for (const auto& pPlayer : m_Players)
     {

@@ -1,5 +1,7 @@
 #include "backends/dshow/CDShowPlayer.h"
 
+#include "engine/Trace.h"
+
 namespace {
 
 const LPCWSTR g_FileExt[] = {
@@ -14,4 +16,11 @@ CDShowPlayer::CDShowPlayer()
 {
     m_ppwszFileExt = g_FileExt;
     m_dwFileExtCount = ARRAYSIZE(g_FileExt);
+}
+
+// The base would answer every open with success; until this back-end can play, it refuses.
+HRESULT CDShowPlayer::OpenFile(LPCWSTR, DWORD, DWORD)
+{
+    TESSALY_TRACE("E:CDShowPlayer::OpenFile> DirectShow playback is not available");
+    return E_NOTIMPL;
 }

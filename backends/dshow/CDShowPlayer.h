@@ -7,4 +7,6 @@ class CDShowPlayer : public CPlayerBase
 {
 public:
     CDShowPlayer();
+
+    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
 };

@@ -1,5 +1,7 @@
 #include "backends/picture/CGdiplusPictViewer.h"
 
+#include "engine/Trace.h"
+
 namespace {
 
 const LPCWSTR g_FileExt[] = {
@@ -13,4 +15,11 @@ CGdiplusPictViewer::CGdiplusPictViewer()
 {
     m_ppwszFileExt = g_FileExt;
     m_dwFileExtCount = ARRAYSIZE(g_FileExt);
+}
+
+// The base would answer every open with success; until this back-end can play, it refuses.
+HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR, DWORD, DWORD)
+{
+    TESSALY_TRACE("E:CGdiplusPictViewer::OpenFile> picture display is not available");
+    return E_NOTIMPL;
 }

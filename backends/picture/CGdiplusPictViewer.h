@@ -7,4 +7,6 @@ class CGdiplusPictViewer : public CPlayerBase
 {
 public:
     CGdiplusPictViewer();
+
+    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
 };

@@ -7,4 +7,6 @@ class CQTAudioPlayer : public CPlayerBase
 {
 public:
     CQTAudioPlayer();
+
+    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
 };

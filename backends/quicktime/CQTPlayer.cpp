@@ -1,5 +1,7 @@
 #include "backends/quicktime/CQTPlayer.h"
 
+#include "engine/Trace.h"
+
 namespace {
 
 const LPCWSTR g_FileExt[] = {
@@ -14,4 +16,11 @@ CQTPlayer::CQTPlayer()
 {
     m_ppwszFileExt = g_FileExt;
     m_dwFileExtCount = ARRAYSIZE(g_FileExt);
+}
+
+// The base would answer every open with success; until this back-end can play, it refuses.
+HRESULT CQTPlayer::OpenFile(LPCWSTR, DWORD, DWORD)
+{
+    TESSALY_TRACE("E:CQTPlayer::OpenFile> QuickTime movie playback is not available");
+    return E_NOTIMPL;
 }

@@ -7,4 +7,6 @@ class CQTPlayer : public CPlayerBase
 {
 public:
     CQTPlayer();
+
+    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
 };

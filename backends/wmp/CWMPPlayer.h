@@ -7,4 +7,6 @@ class CWMPPlayer : public CPlayerBase
 {
 public:
     CWMPPlayer();
+
+    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
 };

@@ -1,0 +1,115 @@
+// The dispatcher as the engine builds it, with its own back-ends.
+#include <windows.h>
+
+#include <objbase.h>
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "CScriptedBackEnd.h"
+#include "backends/cdda/CDDAGraph.h"
+#include "dispatch/CMediaPlayer.h"
+#include "dispatch/CWindowsMediaRoute.h"
+
+namespace {
+
+const std::vector<std::string> kAllExtensions = {
+    ".MP3", ".WAV", ".WMA", ".AVI", ".MPEG", ".MPG", ".MPA", ".MPE", ".M1V", ".M1A", ".MPV", ".ASF",
+    ".DAT", ".WMV", ".DIVX", ".VOB", ".OGG", ".FLAC", ".KMV",
+    ".BMP", ".DIB", ".JPG", ".JPEG", ".JPE", ".JFIF", ".PNG", ".TIF", ".TIFF", ".ICO", ".WMF", ".EMF",
+    "",
+    ".MOV", ".QT", ".MQV", ".DV", ".DIF", ".MP4", ".MP4V", ".3GPP", ".3GP", ".3G2", ".3GP2", ".M4V",
+    ".PNTG", ".PNT", ".MAC", ".PICT", ".PIC", ".PCT", ".QTIF", ".QTI", ".SGI", ".RGB", ".TARGA", ".TGA",
+    ".PSD", ".GIF",
+    ".AIFF", ".AIF", ".AIFC", ".CDDA", ".AMR", ".AU", ".SND", ".ULW", ".M4A", ".M4B", ".M4P", ".GSM",
+    ".AAC", ".ADTS"};
+
+class ProductionDispatcher : public ::testing::Test
+{
+protected:
+    void TearDown() override { player.Destroy(); }
+    CMediaPlayer player;
+};
+
+TEST_F(ProductionDispatcher, ListsTheSeventyTwoExtensionsInSearchOrder)
+{
+    DWORD dwCount = 0;
+    LPCWSTR* ppList = player.GetSupportedFileExt(&dwCount);
+    ASSERT_NE(ppList, nullptr);
+    ASSERT_EQ(dwCount, 72u);
+    std::vector<std::string> listed;
+    for (DWORD i = 0; i < dwCount; ++i)
+        listed.push_back(Narrow(ppList[i]));
+    EXPECT_EQ(listed, kAllExtensions);
+    EXPECT_STREQ(ppList[31], L"");
+    CoTaskMemFree(ppList);
+
+    EXPECT_EQ(player.GetSupportedFileExt(nullptr), nullptr);
+}
+
+TEST_F(ProductionDispatcher, RoutesToBackEndsThatCannotPlayYetAndReportsTheirFailure)
+{
+    for (LPCWSTR pwszFile : {L"a.mp3", L"a.jpg", L"a.gif", L"a.m4a", L"a.wma"})
+    {
+        SCOPED_TRACE(Narrow(pwszFile));
+        ASSERT_EQ(player.Init(pwszFile), S_OK);
+        TESSALY_FILEINFO info;
+        memset(&info, 0xCD, sizeof(info));
+        EXPECT_EQ(player.OpenFile(pwszFile, 0, 1, &info), E_NOTIMPL);
+        EXPECT_EQ(info.dwAttributeMask, 0xCDCDCDCDu);
+        EXPECT_EQ(player.Play(), E_FAIL);
+    }
+    // Every start-up failed, and the CD has no range to open.
+    EXPECT_FALSE(player.IsInitialized());
+    EXPECT_EQ(player.OpenCD(L'D', 1, 2), E_NOTIMPL);
+    double dDuration = -1.0;
+    EXPECT_EQ(player.GetCDDuration(&dDuration), S_OK);
+    EXPECT_EQ(dDuration, 0.0);
+}
+
+TEST(CDDAGraphStandIn, HasNoExtensionsAndCannotStart)
+{
+    CDDAGraph graph;
+    DWORD dwCount = 7;
+    EXPECT_EQ(graph.GetSupportedFileExt(&dwCount), nullptr);
+    EXPECT_EQ(dwCount, 0u);
+    EXPECT_EQ(graph.Init(), E_FAIL);
+    EXPECT_FALSE(graph.IsInitialized());
+}
+
+class RecordingRoute : public CWindowsMediaRoute
+{
+public:
+    mutable std::vector<std::string> asked;
+
+protected:
+    bool PrefersMediaPlayerControl(LPCWSTR pwszFile) const override
+    {
+        asked.push_back(Narrow(pwszFile));
+        return true;
+    }
+};
+
+TEST(WindowsMediaRoute, OnlyWindowsMediaExtensionsAreEverAsked)
+{
+    RecordingRoute route;
+    EXPECT_TRUE(route.TakesRoute(L"C:\\m\\a.wmv"));
+    EXPECT_TRUE(route.TakesRoute(L"C:\\m\\b.WMA"));
+    EXPECT_TRUE(route.TakesRoute(L"C:\\m\\c.AsF"));
+    EXPECT_FALSE(route.TakesRoute(L"C:\\m\\d.mp3"));
+    EXPECT_FALSE(route.TakesRoute(L"C:\\m.wma\\noext"));
+    EXPECT_FALSE(route.TakesRoute(L"C:\\m\\e.wmvx"));
+    EXPECT_FALSE(route.TakesRoute(nullptr));
+    EXPECT_EQ(route.asked, (std::vector<std::string>{"C:\\m\\a.wmv", "C:\\m\\b.WMA", "C:\\m\\c.AsF"}));
+}
+
+TEST(WindowsMediaRoute, TheEngineSendsEveryWindowsMediaFileToDirectShowForNow)
+{
+    CWindowsMediaRoute route;
+    for (LPCWSTR pwszFile : {L"C:\\protected.wma", L"x.WMV", L"y.asf"})
+        EXPECT_FALSE(route.TakesRoute(pwszFile)) << Narrow(pwszFile);
+}
+
+} // namespace
