@@ -86,6 +86,17 @@ TEST_F(BackEndMessages, GraphNotificationsGoToTheCDBackEndOnlyWhileItIsCurrent)
     EXPECT_EQ(log.Entries(), Entries{"CD.OnEngineNotify(5,6)"});
 }
 
+TEST_F(BackEndMessages, AMessageQueuedBeforeStopCountsThePictureFromZero)
+{
+    pPV->fileInfo = {S_OK, true, FALSE, 0.0, TRUE, 8, 8, TRUE};
+    OpenAndPlay(L"a.bmp");
+    ASSERT_TRUE(PumpUntilProgressCount(3));
+    ASSERT_EQ(player->Stop(), S_OK);
+    log.Clear();
+    EXPECT_EQ(SendMessageW(player->EventWindow(), WM_DSHOW_PLAYBACK_ERROR, 1, 0), 0);
+    EXPECT_EQ(log.Entries(), (Entries{"event.progress(1)", "event.error(0x00000001)"}));
+}
+
 TEST_F(BackEndMessages, CompletionWithoutACallbackStillStops)
 {
     OpenAndPlay(L"a.mp3");

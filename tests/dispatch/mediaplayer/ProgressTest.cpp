@@ -93,6 +93,19 @@ TEST_F(Progress, StopRestartsThePictureCountAndPauseKeepsIt)
     EXPECT_EQ(progress.front(), 1.0);
 }
 
+TEST_F(Progress, PlayAfterInitRestartsThePictureCount)
+{
+    pPV->fileInfo = kPicture;
+    OpenAndPlay(L"a.png");
+    ASSERT_TRUE(PumpUntilProgressCount(2));
+    // Init says stopped without stopping anything; the next Play starts counting afresh.
+    ASSERT_EQ(player->Init(L"a.png"), S_OK);
+    ASSERT_EQ(player->Play(), S_OK);
+    progress.clear();
+    ASSERT_TRUE(PumpUntilProgressCount(1));
+    EXPECT_EQ(progress.front(), 1.0);
+}
+
 TEST_F(Progress, OnlyAPositionAnsweredWithSOkIsReported)
 {
     ASSERT_EQ(Open(L"a.mp3"), S_OK);

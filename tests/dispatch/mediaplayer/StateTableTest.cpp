@@ -158,8 +158,12 @@ TEST_F(StateTable, SeekRefusalsComeInOrder)
     Enter(Playback_State_Stop);
     EXPECT_EQ(player->SeekTo(3.0), E_FAIL);
 
-    Enter(Playback_State_Play);
-    EXPECT_EQ(player->SeekTo(3.0), TESSALY_E_NOTSEEKABLE);
+    for (TESSALY_PLAYBACK_STATE state : {Playback_State_Play, Playback_State_Pause, Playback_State_Busy})
+    {
+        Enter(state);
+        EXPECT_EQ(player->SeekTo(3.0), TESSALY_E_NOTSEEKABLE) << "state " << state;
+        EXPECT_TRUE(log.Entries().empty());
+    }
 
     // A seekable picture is "sought" without asking the back-end.
     pDS->fileInfo = {S_OK, true, FALSE, 0.0, TRUE, 64, 64, TRUE};
