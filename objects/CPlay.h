@@ -1,15 +1,26 @@
-// The Play object hosts create to play media.
+// The Play object hosts create to play media: argument checks at the boundary, the dispatcher
+// that does the playing, the information window, and the two outgoing event interfaces.
 #pragma once
 
 #include <windows.h>
 #include <ocidl.h>
 
+#include <memory>
+
 #include "engine/CComObjectRoot.h"
 #include "engine/TessalyContract.h"
+#include "objects/CConnectionPoint.h"
+
+class CInfoWnd;
+class CMediaPlayer;
 
 class CPlay : public IConnectionPointContainer, public IPlayCD, public ITextDisplay, public CComObjectRoot
 {
 public:
+    CPlay();
+    ~CPlay() override;
+
+    void FinalRelease();
     IUnknown* GetUnknown() { return static_cast<IConnectionPointContainer*>(this); }
     void* InternalQueryInterface(REFIID riid);
 
@@ -45,4 +56,29 @@ public:
     STDMETHODIMP SetFont(LOGFONTW* plf, LONG bForceRefresh) override;
     STDMETHODIMP GetGradientBkColor(ULONG* pcrTop, ULONG* pcrBottom) override;
     STDMETHODIMP GetTextColor(ULONG* pcrColor) override;
+
+    // What the dispatcher reports, turned into host events.
+    static HRESULT OnMediaPlayerEvent(DWORD dwEvent, ULONG_PTR ulParam, void* pContext);
+    HRESULT NotifyStreamingPlayerEvent(WORD wEvent, ULONG_PTR ulParam);
+
+private:
+    HRESULT InitPlaybackEngine(LPCWSTR pwszFile);
+    HRESULT UpdateInfoWindow();
+    HRESULT PlaybackError(HRESULT hrError);
+    HRESULT OnPlaybackProgress(double dProgress);
+    HRESULT Fire_OnPlayComplete();
+    HRESULT Fire_OnPlayError(HRESULT hrError);
+    HRESULT Fire_OnPlayProgress(double dProgress, TESSALY_PLAYBACK_STATE state);
+    HRESULT Fire_OnPlayTrackComplete();
+    void ResetMediaInfo();
+    bool HasInfoWindow() const { return m_pInfoWnd != nullptr; }
+
+    CConnectionPoint m_cpPlayEvents;
+    CConnectionPoint m_cpPlayCDEvents;
+    HWND m_hWndParent = nullptr;
+    RECT m_rcParent = {0, 0, 0, 0};
+    std::unique_ptr<CMediaPlayer> m_pMediaPlayer;
+    double m_dCurElapseTime = 0.0;
+    std::unique_ptr<CInfoWnd> m_pInfoWnd;
+    TESSALY_MEDIA_INFO m_MediaInfo;
 };
