@@ -50,23 +50,14 @@ int32_t CReadOnlyFileView::Open(const wchar_t* pszPath)
     m_hFile = CreateFileW(pathCopy.get(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                           FILE_ATTRIBUTE_NORMAL, nullptr);
     if (m_hFile == INVALID_HANDLE_VALUE)
-    {
-        const int32_t hr = LastErrorAsResult();
-        TESSALY_TRACE("E:CASFFileParser::Open> CreateFile failed");
-        return hr;
-    }
+        return FailWithLastError("E:CASFFileParser::Open> CreateFile failed");
 
     // A low word of all ones is taken as failure without asking GetLastError whether it was one;
     // a 32-bit process could not map a file of such a size whole anyway.
     DWORD sizeHigh = 0;
     const DWORD sizeLow = GetFileSize(m_hFile, &sizeHigh);
     if (sizeLow == INVALID_FILE_SIZE)
-    {
-        const int32_t hr = LastErrorAsResult();
-        TESSALY_TRACE("E:CASFFileParser::Open> GetFileSize failed");
-        Close();
-        return hr;
-    }
+        return FailWithLastError("E:CASFFileParser::Open> GetFileSize failed");
     m_cbFile = (static_cast<uint64_t>(sizeHigh) << 32) | sizeLow;
     if (m_cbFile == 0)
     {
@@ -77,21 +68,19 @@ int32_t CReadOnlyFileView::Open(const wchar_t* pszPath)
 
     m_hMapping = CreateFileMappingW(m_hFile, nullptr, PAGE_READONLY, 0, 0, nullptr);
     if (!m_hMapping)
-    {
-        const int32_t hr = LastErrorAsResult();
-        TESSALY_TRACE("E:CASFFileParser::Open> CreateFileMapping failed");
-        Close();
-        return hr;
-    }
+        return FailWithLastError("E:CASFFileParser::Open> CreateFileMapping failed");
     m_pView = static_cast<const uint8_t*>(MapViewOfFile(m_hMapping, FILE_MAP_READ, 0, 0, 0));
     if (!m_pView)
-    {
-        const int32_t hr = LastErrorAsResult();
-        TESSALY_TRACE("E:CASFFileParser::Open> MapViewOfFile failed");
-        Close();
-        return hr;
-    }
+        return FailWithLastError("E:CASFFileParser::Open> MapViewOfFile failed");
     return S_OK;
+}
+
+int32_t CReadOnlyFileView::FailWithLastError(const char* pszTraceLine)
+{
+    const int32_t hr = LastErrorAsResult();
+    TESSALY_TRACE("%s", pszTraceLine);
+    Close();
+    return hr;
 }
 
 void CReadOnlyFileView::Close()

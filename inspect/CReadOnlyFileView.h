@@ -21,6 +21,7 @@ public:
     CByteView View() const { return CByteView(m_pView, m_cbFile); }
 
 private:
+    int32_t FailWithLastError(const char* pszTraceLine);
     void Close();
 
     void* m_hFile;
