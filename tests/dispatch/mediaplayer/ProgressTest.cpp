@@ -5,9 +5,17 @@
 
 namespace {
 
-using Progress = MediaPlayerTest;
-
-const FileInfoScript kPicture = {S_OK, true, FALSE, 0.0, TRUE, 640, 480, TRUE};
+class Progress : public MediaPlayerTest
+{
+protected:
+    // Plays a still picture until it has reported n ticks.
+    void PlayPictureUntil(size_t n)
+    {
+        pPV->fileInfo = {S_OK, true, FALSE, 0.0, TRUE, 640, 480, TRUE};
+        OpenAndPlay(L"a.png");
+        ASSERT_TRUE(PumpUntilProgressCount(n));
+    }
+};
 
 TEST_F(Progress, AboutTenReportsASecondOfPlaying)
 {
@@ -53,9 +61,7 @@ TEST_F(Progress, NoneWhilePausedOrStopped)
 
 TEST_F(Progress, APictureReportsTimerTicks)
 {
-    pPV->fileInfo = kPicture;
-    OpenAndPlay(L"a.png");
-    ASSERT_TRUE(PumpUntilProgressCount(10));
+    PlayPictureUntil(10);
     progress.resize(10);
     EXPECT_EQ(progress, (std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10}));
     EXPECT_EQ(log.Count("PV.GetCurTime"), 0u);
@@ -63,9 +69,7 @@ TEST_F(Progress, APictureReportsTimerTicks)
 
 TEST_F(Progress, ASeekOnAPausedPictureContinuesFromTheTruncatedValue)
 {
-    pPV->fileInfo = kPicture;
-    OpenAndPlay(L"a.png");
-    ASSERT_TRUE(PumpUntilProgressCount(3));
+    PlayPictureUntil(3);
     ASSERT_EQ(player->Pause(), S_OK);
     progress.clear();
     EXPECT_EQ(player->SeekTo(7.9), S_OK);
@@ -76,9 +80,7 @@ TEST_F(Progress, ASeekOnAPausedPictureContinuesFromTheTruncatedValue)
 
 TEST_F(Progress, StopRestartsThePictureCountAndPauseKeepsIt)
 {
-    pPV->fileInfo = kPicture;
-    OpenAndPlay(L"a.png");
-    ASSERT_TRUE(PumpUntilProgressCount(2));
+    PlayPictureUntil(2);
     ASSERT_EQ(player->Pause(), S_OK);
     const double dPaused = progress.back();
     progress.clear();
@@ -95,9 +97,7 @@ TEST_F(Progress, StopRestartsThePictureCountAndPauseKeepsIt)
 
 TEST_F(Progress, PlayAfterInitRestartsThePictureCount)
 {
-    pPV->fileInfo = kPicture;
-    OpenAndPlay(L"a.png");
-    ASSERT_TRUE(PumpUntilProgressCount(2));
+    PlayPictureUntil(2);
     // Init says stopped without stopping anything; the next Play starts counting afresh.
     ASSERT_EQ(player->Init(L"a.png"), S_OK);
     ASSERT_EQ(player->Play(), S_OK);
