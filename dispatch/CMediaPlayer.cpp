@@ -149,9 +149,9 @@ HRESULT CMediaPlayer::SetParentWindowSize(DWORD dwWidth, DWORD dwHeight)
 
 BOOL CMediaPlayer::ValidateFileExt(LPCWSTR pwszExt)
 {
-    if (pwszExt[0] == L'.' && pwszExt[1] != L'\0')
+    if (pwszExt && pwszExt[0] == L'.' && pwszExt[1] != L'\0')
         return TRUE;
-    TESSALY_TRACE("CMediaPlayer::ValidateFileExt() error ext : %ls\n", pwszExt);
+    TESSALY_TRACE("CMediaPlayer::ValidateFileExt() error ext : %ls\n", pwszExt ? pwszExt : L"(null)");
     return FALSE;
 }
 

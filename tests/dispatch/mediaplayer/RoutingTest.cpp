@@ -43,7 +43,7 @@ TEST_F(Routing, MalformedOrUnknownExtensionsAreRefusedWithoutTouchingABackEnd)
     memset(&info, 0xCD, sizeof(info));
     TESSALY_FILEINFO untouched = info;
     for (LPCWSTR pwszFile : {L"C:\\media\\noextension", L"C:\\media\\bare.", L"C:\\dir.mp3\\file",
-                             L"C:\\media\\song.xyz", L".", L""})
+                             L"C:\\media\\song.xyz", L".", L"", static_cast<LPCWSTR>(nullptr)})
     {
         SCOPED_TRACE(Narrow(pwszFile));
         EXPECT_EQ(Open(pwszFile, &info), TESSALY_E_NOTSUPPORTED);
