@@ -1,6 +1,17 @@
 #include "backends/dshow/CDShowPlayer.h"
 
+#include <shlwapi.h>
+
+#include <cwchar>
+
+#include "backends/dshow/CFilterGraphHelper.h"
+#include "backends/dshow/CompanionSourceFilters.h"
+#include "backends/dshow/WMFormatInterfaces.h"
+#include "dispatch/CUtility.h"
+#include "dispatch/EngineMessages.h"
+#include "engine/TessalyContract.h"
 #include "engine/Trace.h"
+#include "inspect/CASFFileParser.h"
 
 namespace {
 
@@ -8,19 +19,858 @@ const LPCWSTR g_FileExt[] = {
     L".MP3", L".WAV", L".WMA", L".AVI", L".MPEG", L".MPG", L".MPA", L".MPE", L".M1V", L".M1A",
     L".MPV", L".ASF", L".DAT", L".WMV", L".DIVX", L".VOB", L".OGG", L".FLAC", L".KMV"};
 
+// Windows Media Video 9 in its simple/main, advanced and screen/image forms.
+const DWORD g_WMV9FourCCs[] = {MAKEFOURCC('W', 'M', 'V', '3'), MAKEFOURCC('W', 'M', 'V', 'A'),
+                               MAKEFOURCC('W', 'M', 'V', 'P'), MAKEFOURCC('W', 'V', 'P', '2')};
+
+template <class Q>
+HRESULT QueryGraph(IGraphBuilder* pGraph, REFIID riid, CComPtr<Q>& result, const char* pszName)
+{
+    const HRESULT hr = pGraph->QueryInterface(riid, result.Out());
+    if (FAILED(hr))
+        TESSALY_TRACE("E:CDShowPlayer::OpenInterfaces> Failed to QI for %s", pszName);
+    return hr;
+}
+
+HRESULT MapRenderStatus(HRESULT hr)
+{
+    switch (hr)
+    {
+    case VFW_S_AUDIO_NOT_RENDERED:
+        return TESSALY_S_AUDIO_NOT_RENDERED;
+    case VFW_S_VIDEO_NOT_RENDERED:
+        return TESSALY_S_VIDEO_NOT_RENDERED;
+    case VFW_S_PARTIAL_RENDER:
+        return TESSALY_S_PARTIAL_RENDER;
+    default:
+        return S_OK;
+    }
+}
+
+// Some readers (Wine's, for one) parse the file only once the graph runs: until then their pins
+// answer a length of zero, and a graph built on them could tell the host neither the duration
+// nor whether it can seek. A reader that cannot answer at all is given the benefit of the doubt.
+bool ReaderReportsNoLength(IBaseFilter* pReader)
+{
+    CComPtr<IPin> pin;
+    if (CFilterGraphHelper::FindOutputPin(pReader, &pin) != S_OK)
+        return false;
+    CComPtr<IMediaSeeking> seeking;
+    if (FAILED(pin->QueryInterface(IID_IMediaSeeking, seeking.Out())))
+        return false;
+    LONGLONG llDuration = 0;
+    return seeking->GetDuration(&llDuration) == S_OK && llDuration == 0;
+}
+
+bool HasConnectedInputPin(IBaseFilter* pFilter)
+{
+    CComPtr<IEnumPins> pins;
+    if (FAILED(pFilter->EnumPins(&pins)))
+        return true; // cannot tell: leave it where it is
+    for (;;)
+    {
+        CComPtr<IPin> pin;
+        if (pins->Next(1, &pin, nullptr) != S_OK)
+            return false;
+        PIN_DIRECTION direction;
+        CComPtr<IPin> peer;
+        if (SUCCEEDED(pin->QueryDirection(&direction)) && direction == PINDIR_INPUT &&
+            SUCCEEDED(pin->ConnectedTo(&peer)))
+            return true;
+    }
+}
+
 } // namespace
 
-// Until graph building lands, Init keeps the base's failure: files of this table are still
-// routed here, and their OpenFile fails here rather than being played by another back-end.
 CDShowPlayer::CDShowPlayer()
 {
     m_ppwszFileExt = g_FileExt;
     m_dwFileExtCount = ARRAYSIZE(g_FileExt);
 }
 
-// The base would answer every open with success; until this back-end can play, it refuses.
-HRESULT CDShowPlayer::OpenFile(LPCWSTR, DWORD, DWORD)
+LRESULT CALLBACK CDShowPlayer::StaticWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
 {
-    TESSALY_TRACE("E:CDShowPlayer::OpenFile> DirectShow playback is not available");
-    return E_NOTIMPL;
+    auto pThis = reinterpret_cast<CDShowPlayer*>(GetWindowLongPtrW(hWnd, GWLP_USERDATA));
+    if (pThis && uMsg == WM_DSHOW_GRAPH_NOTIFY)
+    {
+        pThis->HandleGraphEvent();
+        return 0;
+    }
+    return DefWindowProcW(hWnd, uMsg, wParam, lParam);
+}
+
+HRESULT CDShowPlayer::Init()
+{
+    // A second Init keeps the window it has: an open graph still notifies that one.
+    if (!CUtility::IsWindowHandle(m_hEventWnd))
+    {
+        m_hEventWnd = CUtility::CreateInternalWindow(L"DSHOWPLAYER.Event.Handler.WndClass",
+                                                     L"DSHOWPLAYER.Event.Handler.Window",
+                                                     StaticWindowProc, this, nullptr, FALSE, FALSE);
+        if (!m_hEventWnd)
+        {
+            TESSALY_TRACE("E:CDShowPlayer::Init> Failed to create hidden window...");
+            return HRESULT_FROM_WIN32(GetLastError());
+        }
+    }
+    m_bInitialized = true;
+    return S_OK;
+}
+
+void CDShowPlayer::Destroy()
+{
+    CloseInterfaces();
+    CUtility::DestroyInternalWindow(&m_hEventWnd);
+    CUtility::DestroyInternalWindow(&m_hBackgroundWnd);
+    m_hWndParent = nullptr;
+    m_WMVCore.Unload();
+}
+
+HRESULT CDShowPlayer::OpenInterfaces()
+{
+    HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER,
+                                  IID_IGraphBuilder, m_pGB.Out());
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::OpenInterfaces> Failed to CoCreateInstance IGraphBuilder");
+        return hr;
+    }
+    IGraphBuilder* pGraph = m_pGB.Get();
+    if (FAILED(hr = QueryGraph(pGraph, IID_IMediaEventEx, m_pME, "IMediaEventEx")) ||
+        FAILED(hr = QueryGraph(pGraph, IID_IMediaControl, m_pMC, "IMediaControl")) ||
+        FAILED(hr = QueryGraph(pGraph, IID_IMediaSeeking, m_pMS, "IMediaSeeking")) ||
+        FAILED(hr = QueryGraph(pGraph, IID_IVideoWindow, m_pVideoWindow, "IVideoWindow")) ||
+        FAILED(hr = QueryGraph(pGraph, IID_IBasicVideo, m_pBV, "IBasicVideo")) ||
+        FAILED(hr = QueryGraph(pGraph, IID_IBasicAudio, m_pBA, "IBasicAudio")))
+        return hr;
+
+    hr = m_pME->SetNotifyWindow(reinterpret_cast<OAHWND>(m_hEventWnd), WM_DSHOW_GRAPH_NOTIFY, 0);
+    if (FAILED(hr))
+        TESSALY_TRACE("E:CDShowPlayer::OpenInterfaces> m_pME->SetNotifyWindow Failed");
+    return hr;
+}
+
+void CDShowPlayer::CloseInterfaces()
+{
+    TESSALY_TRACE("S:CDShowPlayer::CloseInterfaces>");
+    if (m_pVideoWindow)
+    {
+        if (FAILED(m_pVideoWindow->put_Visible(OAFALSE)))
+            TESSALY_TRACE("E:CDShowPlayer::CloseInterfaces> m_pVideoWindow->put_Visible Failed");
+        SetMessageDrain(nullptr);
+        if (FAILED(m_pVideoWindow->put_Owner(0)))
+            TESSALY_TRACE("E:CDShowPlayer::CloseInterfaces> m_pVideoWindow->put_Owner Failed");
+    }
+    if (m_pME && FAILED(m_pME->SetNotifyWindow(0, 0, 0)))
+        TESSALY_TRACE("E:CDShowPlayer::CloseInterfaces> m_pME->SetNotifyWindow Failed");
+    m_pME.Reset();
+    m_pMS.Reset();
+    m_pMC.Reset();
+    m_pBA.Reset();
+    m_pBV.Reset();
+    m_pVideoWindow.Reset();
+    m_pGB.Reset();
+}
+
+BOOL CDShowPlayer::IsMP3File(LPCWSTR pwszExt) { return _wcsicmp(pwszExt, L".MP3") == 0; }
+BOOL CDShowPlayer::IsOGGFile(LPCWSTR pwszExt) { return _wcsicmp(pwszExt, L".OGG") == 0; }
+BOOL CDShowPlayer::IsFLACFile(LPCWSTR pwszExt) { return _wcsicmp(pwszExt, L".FLAC") == 0; }
+
+// Both flag words are the dispatcher's business: the layout follows SetPlaybackFlags only.
+HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
+{
+    BOOL bRendered = FALSE;
+    CloseInterfaces();
+    HRESULT hr = OpenInterfaces();
+    if (FAILED(hr))
+        return hr;
+
+    LPCWSTR pwszExt = PathFindExtensionW(pwszFile);
+    if (IsMP3File(pwszExt))
+    {
+        hr = RenderMP3File(m_pGB.Get(), pwszFile);
+        if (SUCCEEDED(hr))
+            bRendered = TRUE;
+        else
+            TESSALY_TRACE("E:CDShowPlayer::OpenFile> Failed to render this MP3 file using WM ASF Reader, we try the default rendering...");
+    }
+    if (IsOGGFile(pwszExt))
+    {
+        hr = RenderOGGFile(m_pGB.Get(), pwszFile);
+        if (SUCCEEDED(hr))
+            bRendered = TRUE;
+        else
+            TESSALY_TRACE("E:CDShowPlayer::OpenFile> Failed to render this OGG file using ondrel OGG Reader, we try the default rendering...");
+    }
+    if (IsFLACFile(pwszExt))
+    {
+        hr = RenderFlacFile(m_pGB.Get(), pwszFile);
+        if (SUCCEEDED(hr))
+            bRendered = TRUE;
+        else
+            TESSALY_TRACE("E:CDShowPlayer::OpenFile> Failed to render this FLAC file using ondrel FLAC Reader, we try the default rendering...");
+    }
+
+    if (!bRendered)
+    {
+        bool bAddedVMR9 = false;
+        if (IsWMV9VideoCodec(pwszFile))
+        {
+            TESSALY_TRACE("S:CDShowPlayer::OpenFile> Is WMV9 Video Codec");
+            // A file made for a device profile keeps the default renderer.
+            BOOL bHasTemplate = FALSE;
+            if (FAILED(HasDeviceConformanceMetaData(pwszFile, &bHasTemplate)) || !bHasTemplate)
+                bAddedVMR9 = SUCCEEDED(AddVMR9Filter(m_pGB.Get()));
+        }
+        hr = m_pGB->RenderFile(pwszFile, nullptr);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::OpenFile> IGraphBuilder->RenderFile failed");
+            return hr;
+        }
+        if (bAddedVMR9)
+            RemoveUnconnectedVMR9();
+    }
+    const HRESULT hrResult = MapRenderStatus(hr);
+
+    DetectAudioOnly();
+    CheckSeekable();
+    if (!m_bAudioOnly)
+        AttachVideoWindow();
+    return hrResult;
+}
+
+HRESULT CDShowPlayer::RenderMP3File(IGraphBuilder* pGraph, LPCWSTR pwszFile)
+{
+    TESSALY_TRACE("S:CDShowPlayer::RenderMP3File> Attempt to use WM ASF Reader to play MP3 files...");
+    CComPtr<IBaseFilter> reader;
+    HRESULT hr = CoCreateInstance(CLSID_WMAsfReader, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
+                                  reader.Out());
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> CoCreateInstance <CLSID_WMAsfReader> failed");
+        return hr;
+    }
+    CComPtr<IFileSourceFilter> fileSource;
+    hr = reader.QueryInterface(IID_IFileSourceFilter, fileSource);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> QI for IFileSourceFilter from <CLSID_WMAsfReader> failed");
+        return hr;
+    }
+    hr = fileSource->Load(pwszFile, nullptr);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> IFileSourceFilter->Load failed");
+        return hr;
+    }
+    if (ReaderReportsNoLength(reader.Get()))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> WM ASF Reader reports no length before playback");
+        return E_FAIL;
+    }
+    hr = pGraph->AddFilter(reader.Get(), nullptr);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> pIGB->AddFilter failed");
+        return hr;
+    }
+
+    // Windows XP's reader hands out compressed MP3 that only the ACM wrapper decodes.
+    if (CUtility::IsWindowsXP())
+    {
+        CComPtr<IBaseFilter> acm;
+        hr = CoCreateInstance(CLSID_ACMWrapper, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
+                              acm.Out());
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> CoCreateInstance <CLSID_ACMWrapper> failed");
+            return hr;
+        }
+        hr = pGraph->AddFilter(acm.Get(), nullptr);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> pIGB->AddFilter failed");
+            return hr;
+        }
+    }
+    return RenderSourcePins(pGraph, reader.Get(), "RenderMP3File", "pIASFReader");
+}
+
+HRESULT CDShowPlayer::RenderOGGFile(IGraphBuilder* pGraph, LPCWSTR pwszFile)
+{
+    TESSALY_TRACE("S:CDShowPlayer::RenderOGGFile> Attempt to use OggSourceFilter to play ogg files...");
+    return RenderWithCompanionSource(pGraph, pwszFile, CLSID_OggSourceFilter, L"OGG Reader",
+                                     "RenderOGGFile", "CLSID_OggSourceFilter");
+}
+
+HRESULT CDShowPlayer::RenderFlacFile(IGraphBuilder* pGraph, LPCWSTR pwszFile)
+{
+    TESSALY_TRACE("S:CDShowPlayer::RenderFlacFile> Attempt to use FlacSourceFilter to play Flac files...");
+    return RenderWithCompanionSource(pGraph, pwszFile, CLSID_FlacSourceFilter, L"FLAC Reader",
+                                     "RenderFlacFile", "CLSID_FlacSourceFilter");
+}
+
+HRESULT CDShowPlayer::RenderWithCompanionSource(IGraphBuilder* pGraph, LPCWSTR pwszFile,
+                                                REFCLSID clsid, LPCWSTR pwszFilterName,
+                                                const char* pszMethod, const char* pszClsidName)
+{
+    CComPtr<IBaseFilter> source;
+    HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, source.Out());
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::%s> CoCreateInstance <%s> failed", pszMethod, pszClsidName);
+        return hr;
+    }
+
+    CComPtr<ISourceFilterSetup> setup;
+    hr = FAILED(source.QueryInterface(IID_ISourceFilterSetup, setup)) ? E_NOINTERFACE : setup->Setup(1);
+    if (SUCCEEDED(hr))
+    {
+        CComPtr<IFileSourceFilter> fileSource;
+        hr = FAILED(source.QueryInterface(IID_IFileSourceFilter, fileSource))
+                 ? E_NOINTERFACE
+                 : fileSource->Load(pwszFile, nullptr);
+    }
+    if (SUCCEEDED(hr))
+        hr = pGraph->AddFilter(source.Get(), pwszFilterName);
+    if (FAILED(hr))
+    {
+        pGraph->RemoveFilter(source.Get());
+        return hr;
+    }
+    return RenderSourcePins(pGraph, source.Get(), pszMethod, "pFileSource");
+}
+
+HRESULT CDShowPlayer::RenderSourcePins(IGraphBuilder* pGraph, IBaseFilter* pSource,
+                                       const char* pszMethod, const char* pszSourceName)
+{
+    CComPtr<IEnumPins> pins;
+    HRESULT hr = pSource->EnumPins(&pins);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::%s> %s->EnumPins failed", pszMethod, pszSourceName);
+        pGraph->RemoveFilter(pSource);
+        return hr;
+    }
+    if (!RenderToOutputPin(pins.Get(), pGraph))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::%s> No output pin is rendered", pszMethod);
+        pGraph->RemoveFilter(pSource);
+        return E_FAIL;
+    }
+    return S_OK;
+}
+
+BOOL CDShowPlayer::RenderToOutputPin(IEnumPins* pPins, IGraphBuilder* pGraph)
+{
+    BOOL bRendered = FALSE;
+    pPins->Reset();
+    for (;;)
+    {
+        CComPtr<IPin> pin;
+        if (pPins->Next(1, &pin, nullptr) != S_OK)
+            break;
+        PIN_DIRECTION direction;
+        if (FAILED(pin->QueryDirection(&direction)))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::RenderToOutputPin> pIPin->QueryDirection failed");
+            continue;
+        }
+        if (direction != PINDIR_OUTPUT)
+        {
+            TESSALY_TRACE("S:CDShowPlayer::RenderToOutputPin> Not output pin, skip...");
+            continue;
+        }
+        // Every output pin gets its chance: a file may carry a stream nothing here can play.
+        if (SUCCEEDED(pGraph->Render(pin.Get())))
+            bRendered = TRUE;
+        else
+            TESSALY_TRACE("E:CDShowPlayer::RenderToOutputPin> failed to render this output pin");
+    }
+    return bRendered;
+}
+
+BOOL CDShowPlayer::IsWMV9VideoCodec(LPCWSTR pwszFile)
+{
+    CASFFileParser parser;
+    if (FAILED(parser.Open(pwszFile)))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::IsWMV9VideoCodec> CASFFileParser::Open failed");
+        return FALSE;
+    }
+    // Cleared first: the parser leaves the record alone for a file without video.
+    ASF_VIDEO_INFO video = {};
+    ASF_AUDIO_INFO audio = {};
+    uint16_t wChannelType = 0;
+    if (FAILED(parser.GetAVFileInfo(&video, &audio, &wChannelType)))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::IsWMV9VideoCodec> CASFFileParser::GetAVFileInfo failed");
+        return FALSE;
+    }
+    for (DWORD dwFourCC : g_WMV9FourCCs)
+    {
+        if (video.dwFourCC == dwFourCC)
+            return TRUE;
+    }
+    return FALSE;
+}
+
+HRESULT CDShowPlayer::CreateMetadataEditor(IWMMetadataEditor** ppEditor)
+{
+    return m_WMVCore.CreateEditor(ppEditor);
+}
+
+HRESULT CDShowPlayer::HasDeviceConformanceMetaData(LPCWSTR pwszFile, BOOL* pbHas)
+{
+    *pbHas = FALSE;
+    CComPtr<IWMMetadataEditor> editor;
+    HRESULT hr = CreateMetadataEditor(&editor);
+    if (SUCCEEDED(hr) && !editor)
+        hr = E_POINTER;
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> WMCreateEditor failed");
+        return hr;
+    }
+
+    CComPtr<wmf::IWMMetadataEditor2> editor2;
+    if (SUCCEEDED(editor.QueryInterface(wmf::IID_IWMMetadataEditor2, editor2)))
+    {
+        hr = editor2->OpenEx(pwszFile, GENERIC_READ, FILE_SHARE_READ);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMMetadataEditor2->OpenEx failed");
+            return hr;
+        }
+    }
+    else
+    {
+        hr = editor->Open(pwszFile);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMMetadataEditor->Open failed");
+            return hr;
+        }
+    }
+
+    CComPtr<IWMHeaderInfo> headerInfo;
+    CComPtr<IWMHeaderInfo3> headerInfo3;
+    if (FAILED(editor.QueryInterface(wmf::IID_IWMHeaderInfo, headerInfo)))
+        TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> Failed to query for IWMHeaderInfo");
+    else if (FAILED(headerInfo.QueryInterface(wmf::IID_IWMHeaderInfo3, headerInfo3)))
+        TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> QI for IWMHeaderInfo3 failed");
+    else
+    {
+        WORD wCount = 0;
+        if (SUCCEEDED(headerInfo3->GetAttributeIndices(0xFFFF, L"DeviceConformanceTemplate",
+                                                       nullptr, nullptr, &wCount)))
+        {
+            TESSALY_TRACE("S:HasDeviceConformanceMetaData> number of values found for DeviceConformanceTemplate = %d",
+                          wCount);
+            *pbHas = wCount != 0;
+        }
+        else
+            TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMHeaderInfo3->GetAttributeIndices failed");
+    }
+
+    hr = editor->Close();
+    if (FAILED(hr))
+        TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMMetadataEditor->Close failed");
+    return hr;
+}
+
+HRESULT CDShowPlayer::AddVMR9Filter(IGraphBuilder* pGraph)
+{
+    TESSALY_TRACE("S:CDShowPlayer::AddVMR9Filter> Attempt to use Video Mixing Render v9 to render video files...");
+    CComPtr<IBaseFilter> vmr;
+    HRESULT hr = CoCreateInstance(CLSID_VideoMixingRenderer9, nullptr, CLSCTX_INPROC_SERVER,
+                                  IID_IBaseFilter, vmr.Out());
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::AddVMR9Filter> CoCreateInstance <CLSID_VideoMixingRenderer9> failed");
+        return hr;
+    }
+    hr = pGraph->AddFilter(vmr.Get(), nullptr);
+    if (FAILED(hr))
+        TESSALY_TRACE("E:CDShowPlayer::AddVMR9Filter> pIGB->AddFilter failed");
+    return hr;
+}
+
+// When the video stream could not be connected after all, an idle VMR-9 would still answer for
+// the graph's video window: the file would count as video, and some renderers even fault when
+// asked for the size of a picture they never got.
+void CDShowPlayer::RemoveUnconnectedVMR9()
+{
+    CComPtr<IEnumFilters> filters;
+    if (FAILED(m_pGB->EnumFilters(&filters)))
+        return;
+    CComPtr<IBaseFilter> idle;
+    for (;;)
+    {
+        CComPtr<IBaseFilter> filter;
+        if (filters->Next(1, &filter, nullptr) != S_OK)
+            break;
+        CLSID clsid;
+        if (SUCCEEDED(filter->GetClassID(&clsid)) && IsEqualCLSID(clsid, CLSID_VideoMixingRenderer9) &&
+            !HasConnectedInputPin(filter.Get()))
+            idle = filter;
+    }
+    // Removed only once the enumeration is over, which a change of the graph would invalidate.
+    if (idle && SUCCEEDED(m_pGB->RemoveFilter(idle.Get())))
+        TESSALY_TRACE("S:CDShowPlayer::OpenFile> Removed the unconnected VMR-9 again");
+}
+
+void CDShowPlayer::DetectAudioOnly()
+{
+    m_bAudioOnly = FALSE;
+    if (!m_pVideoWindow || !m_pBV)
+    {
+        m_bAudioOnly = TRUE;
+        return;
+    }
+    long lVisible = 0;
+    const HRESULT hr = m_pVideoWindow->get_Visible(&lVisible);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::OpenFile> m_pVideoWindow->get_Visible() failed");
+        // The graph has no renderer with a window; any other failure is not proof of that.
+        if (hr == E_NOINTERFACE)
+            m_bAudioOnly = TRUE;
+    }
+}
+
+HRESULT CDShowPlayer::CheckSeekable()
+{
+    if (!m_pMS)
+    {
+        TESSALY_TRACE("E:CDShowPlayer::CheckSeekable> IMediaSeeking is null");
+        return E_FAIL;
+    }
+    m_bSeekable = FALSE;
+    DWORD dwCapabilities = 0;
+    const HRESULT hr = m_pMS->GetCapabilities(&dwCapabilities);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::CheckSeekable> IMediaSeeking->GetCapabilities failed");
+        return hr;
+    }
+    if (dwCapabilities & AM_SEEKING_CanSeekAbsolute)
+    {
+        TESSALY_TRACE("S:CDShowPlayer::CheckSeekable> Video Stream is Seekable...");
+        m_bSeekable = TRUE;
+    }
+    else
+        TESSALY_TRACE("S:CDShowPlayer::CheckSeekable> Video Stream is NOT Seekable...");
+    return S_OK;
+}
+
+HRESULT CDShowPlayer::SetParentWindow(HWND hWndParent)
+{
+    if (hWndParent == m_hWndParent)
+        return S_OK;
+    const HRESULT hr = CreateBackgroundWindow(&m_hBackgroundWnd, hWndParent,
+                                              L"DSHOWPLAYER.Background.WndClass",
+                                              L"DSHOWPLAYER.Background.Window", DefWindowProcW, this);
+    if (FAILED(hr))
+        return hr;
+    m_hWndParent = hWndParent;
+    m_rcParent = CUtility::GetWindowClientRect(hWndParent);
+    InitVideoWindow();
+    return S_OK;
+}
+
+HRESULT CDShowPlayer::SetParentWindowSize(DWORD dwWidth, DWORD dwHeight)
+{
+    if (!m_hWndParent)
+    {
+        TESSALY_TRACE("S:CDShowPlayer::SetParentWindowSize> Parent window not set");
+        return E_FAIL;
+    }
+    if (static_cast<DWORD>(m_rcParent.right - m_rcParent.left) == dwWidth &&
+        static_cast<DWORD>(m_rcParent.bottom - m_rcParent.top) == dwHeight)
+        return S_OK;
+    m_rcParent.right = m_rcParent.left + static_cast<LONG>(dwWidth);
+    m_rcParent.bottom = m_rcParent.top + static_cast<LONG>(dwHeight);
+    InitVideoWindow();
+    return S_OK;
+}
+
+HRESULT CDShowPlayer::AttachVideoWindow()
+{
+    if (!m_pVideoWindow)
+        return E_FAIL;
+    HRESULT hr = m_pVideoWindow->put_Visible(OAFALSE);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::SetParentWindow> m_pVideoWindow->put_Visible Failed");
+        return hr;
+    }
+    hr = m_pVideoWindow->put_Owner(reinterpret_cast<OAHWND>(m_hBackgroundWnd));
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::SetParentWindow> m_pVideoWindow->put_Owner Failed");
+        return hr;
+    }
+    if (m_hWndParent)
+    {
+        hr = m_pVideoWindow->put_WindowStyle(WS_CHILD | WS_CLIPSIBLINGS | WS_CLIPCHILDREN);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::SetParentWindow> m_pVideoWindow->put_WindowStyle Failed");
+            return hr;
+        }
+        hr = InitVideoWindow();
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CDShowPlayer::SetParentWindow> InitVideoWindow Failed");
+            return hr;
+        }
+    }
+    // Input over the video goes to the host, as if the video were not there.
+    hr = SetMessageDrain(m_hWndParent);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::SetParentWindow> SetMessageDrain Failed");
+        return hr;
+    }
+    hr = m_pVideoWindow->put_Visible(CUtility::IsWindowHandle(m_hBackgroundWnd) ? OATRUE : OAFALSE);
+    if (FAILED(hr))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::SetParentWindow> m_pVideoWindow->put_Visible Failed");
+        return hr;
+    }
+    return S_OK;
+}
+
+HRESULT CDShowPlayer::InitVideoWindow()
+{
+    if (!m_pBV)
+    {
+        TESSALY_TRACE("S:CDShowPlayer::InitVideoWindow> m_pBV is null");
+        return E_FAIL;
+    }
+    if (!m_pVideoWindow)
+    {
+        TESSALY_TRACE("S:CDShowPlayer::InitVideoWindow> m_pVideoWindow is null");
+        return E_FAIL;
+    }
+    if (!m_hWndParent)
+    {
+        TESSALY_TRACE("S:CDShowPlayer::InitVideoWindow> Parent window handle is null");
+        return E_FAIL;
+    }
+
+    long lWidth = 0;
+    long lHeight = 0;
+    const HRESULT hrSize = m_pBV->GetVideoSize(&lWidth, &lHeight);
+    if (hrSize == E_NOINTERFACE)
+        return S_OK; // no video in this graph
+    if (FAILED(hrSize))
+        lWidth = lHeight = 0;
+    RECT rc = {0, 0, lWidth, lHeight};
+    const DWORD dwParentWidth = static_cast<DWORD>(m_rcParent.right - m_rcParent.left);
+    const DWORD dwParentHeight = static_cast<DWORD>(m_rcParent.bottom - m_rcParent.top);
+    TESSALY_TRACE("S:CDShowPlayer::InitVideoWindow> Video Source Size: lWidth = %d, lHeight = %d",
+                  static_cast<int>(lWidth), static_cast<int>(lHeight));
+    TESSALY_TRACE("S:CDShowPlayer::InitVideoWindow> Parent Window Size: lWidth = %d, lHeight = %d",
+                  static_cast<int>(dwParentWidth), static_cast<int>(dwParentHeight));
+    FitVideoRect(dwParentWidth, dwParentHeight, &rc);
+
+    SetWindowPos(m_hBackgroundWnd, HWND_NOTOPMOST, m_rcParent.left, m_rcParent.top,
+                 static_cast<int>(dwParentWidth), static_cast<int>(dwParentHeight), SWP_NOZORDER);
+    const HRESULT hr = m_pVideoWindow->SetWindowPosition(rc.left, rc.top, rc.right - rc.left,
+                                                         rc.bottom - rc.top);
+    if (FAILED(hr))
+        TESSALY_TRACE("E:CDShowPlayer::InitVideoWindow> m_pVideoWindow->SetWindowPosition() failed");
+    return hr;
+}
+
+HRESULT CDShowPlayer::SetMessageDrain(HWND hDrain)
+{
+    if (!m_pVideoWindow)
+    {
+        TESSALY_TRACE("E:CDShowPlayer::SetMessageDrain> m_pVideoWindow is NULL");
+        return E_FAIL;
+    }
+    if (hDrain)
+    {
+        if (!m_hOldMessageDrain)
+        {
+            OAHWND hOld = 0;
+            if (SUCCEEDED(m_pVideoWindow->get_MessageDrain(&hOld)))
+                m_hOldMessageDrain = reinterpret_cast<HWND>(hOld);
+            else
+                TESSALY_TRACE("E:CDShowPlayer::SetMessageDrain> m_pVideoWindow->get_MessageDrain failed, can't backup message drain");
+        }
+        return m_pVideoWindow->put_MessageDrain(reinterpret_cast<OAHWND>(hDrain));
+    }
+    if (FAILED(m_pVideoWindow->put_MessageDrain(reinterpret_cast<OAHWND>(m_hOldMessageDrain))))
+        TESSALY_TRACE("E:CDShowPlayer::SetMessageDrain> m_pVideoWindow->put_MessageDrain failed, can't restore message drain");
+    m_hOldMessageDrain = nullptr;
+    return S_OK;
+}
+
+HRESULT CDShowPlayer::SetPlaybackFlags(DWORD dwPlaybackFlags)
+{
+    if (dwPlaybackFlags == m_dwPlaybackFlags)
+    {
+        TESSALY_TRACE("S:CQTPlayer::SetPlaybackFlags> No changes, do nothing...");
+        return S_OK;
+    }
+    const DWORD dwChanged = dwPlaybackFlags ^ m_dwPlaybackFlags;
+    m_dwPlaybackFlags = dwPlaybackFlags;
+    // Only the stretch bit changes the picture's place.
+    if (dwChanged & TESSALY_PLAYBACK_FLAG_STRETCH)
+        InitVideoWindow();
+    return S_OK;
+}
+
+HRESULT CDShowPlayer::Play()
+{
+    if (!m_pMC)
+        return E_FAIL;
+    const HRESULT hr = m_pMC->Run();
+    if (FAILED(hr))
+        TESSALY_TRACE("E:CDShowPlayer::Play> m_pMC->Run failed");
+    return hr;
+}
+
+HRESULT CDShowPlayer::Resume()
+{
+    return m_pMC ? m_pMC->Run() : E_FAIL;
+}
+
+HRESULT CDShowPlayer::Pause()
+{
+    return m_pMC ? m_pMC->Pause() : E_FAIL;
+}
+
+HRESULT CDShowPlayer::Stop()
+{
+    if (!m_pMC)
+        return E_FAIL;
+    if (FAILED(m_pMC->Stop()))
+        TESSALY_TRACE("E:CDShowPlayer::Stop> m_pMC->Stop failed");
+    HRESULT hr = SetCurTime(0.0);
+    if (FAILED(hr))
+    {
+        // A clip that cannot seek returns to its start by being stopped and run again.
+        hr = m_pMC->Stop();
+        if (FAILED(hr))
+            TESSALY_TRACE("E:CDShowPlayer::Stop> m_pMC->Stop failed to stop media clip");
+        else
+        {
+            hr = m_pMC->Run();
+            if (FAILED(hr))
+                TESSALY_TRACE("E:CDShowPlayer::Stop> m_pMC->Run failed to reset media clip");
+        }
+    }
+    // Paused rather than stopped, so that a video shows its first frame.
+    m_pMC->Pause();
+    return hr;
+}
+
+HRESULT CDShowPlayer::SetCurTime(double dSeconds)
+{
+    if (!m_pMS)
+        return S_OK;
+    LONGLONG llPosition = CUtility::SecondsToReferenceTime(dSeconds);
+    return m_pMS->SetPositions(&llPosition, AM_SEEKING_AbsolutePositioning, nullptr,
+                               AM_SEEKING_NoPositioning);
+}
+
+HRESULT CDShowPlayer::GetCurTime(double* pdSeconds)
+{
+    if (!m_pMS)
+    {
+        TESSALY_TRACE("E:CDShowPlayer::GetCurTime> IMediaSeeking interface is null");
+        return S_OK;
+    }
+    LONGLONG llPosition = 0;
+    if (FAILED(m_pMS->GetCurrentPosition(&llPosition)))
+    {
+        TESSALY_TRACE("E:CDShowPlayer::GetCurTime> m_pMS->GetCurrentPosition failed");
+        return S_OK;
+    }
+    *pdSeconds = CUtility::ReferenceTimeToSeconds(llPosition);
+    return S_OK;
+}
+
+HRESULT CDShowPlayer::GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable,
+                                  DWORD* pdwWidth, DWORD* pdwHeight, BOOL* pbPicture)
+{
+    *pbPicture = FALSE;
+    *pbAudioOnly = m_bAudioOnly;
+    *pbSeekable = m_bSeekable;
+    *pdwWidth = 0;
+    *pdwHeight = 0;
+    *pdDuration = 0.0;
+    if (!m_pMS || !m_pBV)
+        return E_FAIL;
+
+    LONGLONG llDuration = 0;
+    HRESULT hr = m_pMS->GetDuration(&llDuration);
+    if (SUCCEEDED(hr))
+        *pdDuration = CUtility::ReferenceTimeToSeconds(llDuration);
+    else
+        TESSALY_TRACE("E:CDShowPlayer::GetFileInfo> m_pMS->GetDuration failed");
+
+    if (!m_bAudioOnly)
+    {
+        long lWidth = 0;
+        long lHeight = 0;
+        hr = m_pBV->GetVideoSize(&lWidth, &lHeight);
+        if (SUCCEEDED(hr))
+        {
+            *pdwWidth = static_cast<DWORD>(lWidth);
+            *pdwHeight = static_cast<DWORD>(lHeight);
+        }
+        else
+            TESSALY_TRACE("S:CDShowPlayer::GetFileInfo> m_pBV->GetVideoSize failed");
+    }
+    return hr;
+}
+
+HRESULT CDShowPlayer::CloseFile()
+{
+    CloseInterfaces();
+    return S_OK;
+}
+
+LRESULT CDShowPlayer::HandleGraphEvent()
+{
+    LRESULT result = 0;
+    bool bFreeFailed = false;
+    long lCode = 0;
+    LONG_PTR lParam1 = 0;
+    LONG_PTR lParam2 = 0;
+    // Every event fetched is freed at once, so none of their parameters can leak.
+    while (m_pME && SUCCEEDED(m_pME->GetEvent(&lCode, &lParam1, &lParam2, 0)))
+    {
+        bool bAborted = false;
+        if (lCode == EC_COMPLETE)
+        {
+            TESSALY_TRACE("S:CDShowPlayer::HandleGraphEvent> EC_COMPLETE");
+            PostMessageW(m_hEventHandlerWnd, WM_DSHOW_PLAYBACK_COMPLETE, 0, 0);
+        }
+        else if (lCode == EC_ERRORABORT)
+        {
+            TESSALY_TRACE("S:CDShowPlayer::HandleGraphEvent> EC_ERRORABORT - 0x%08lx. Aborting...",
+                          static_cast<unsigned long>(lParam1));
+            if (m_pMC && FAILED(m_pMC->Stop()))
+                TESSALY_TRACE("E:CDShowPlayer::HandleGraphEvent> Failed to stop media clip!");
+            PostMessageW(m_hEventHandlerWnd, WM_DSHOW_PLAYBACK_ERROR, static_cast<WPARAM>(lParam1), 0);
+            result = lParam1;
+            bAborted = true;
+        }
+        if (FAILED(m_pME->FreeEventParams(lCode, lParam1, lParam2)))
+            bFreeFailed = true;
+        if (bAborted)
+            break;
+    }
+    // A graph that cannot give back its events is in no state to go on.
+    if (bFreeFailed)
+        CloseFile();
+    return result;
 }

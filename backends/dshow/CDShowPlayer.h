@@ -1,12 +1,91 @@
-// Plays the common audio and video formats through DirectShow filter graphs.
+// Plays the common audio and video formats through DirectShow filter graphs: one graph per open
+// file, video shown inside a black child window that covers the host window, graph events turned
+// into the dispatcher's completion and error messages.
 #pragma once
 
+#include <windows.h>
+
+#include <dshow.h>
+#include <wmsdkidl.h>
+
+#include "backends/dshow/CWMVCoreLibrary.h"
 #include "dispatch/CPlayerBase.h"
+#include "engine/CComPtr.h"
 
 class CDShowPlayer : public CPlayerBase
 {
 public:
     CDShowPlayer();
 
+    HRESULT Init() override;
+    void Destroy() override;
+    HRESULT SetParentWindow(HWND hWndParent) override;
+    HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override;
     HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
+    HRESULT CloseFile() override;
+    HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
+                        DWORD* pdwHeight, BOOL* pbPicture) override;
+    HRESULT Play() override;
+    HRESULT Pause() override;
+    HRESULT Resume() override;
+    HRESULT Stop() override;
+    HRESULT SetCurTime(double dSeconds) override;
+    HRESULT SetPlaybackFlags(DWORD dwPlaybackFlags) override;
+    HRESULT GetCurTime(double* pdSeconds) override;
+
+protected:
+    HRESULT OpenInterfaces();
+    void CloseInterfaces();
+
+    HRESULT RenderMP3File(IGraphBuilder* pGraph, LPCWSTR pwszFile);
+    HRESULT RenderOGGFile(IGraphBuilder* pGraph, LPCWSTR pwszFile);
+    HRESULT RenderFlacFile(IGraphBuilder* pGraph, LPCWSTR pwszFile);
+    BOOL RenderToOutputPin(IEnumPins* pPins, IGraphBuilder* pGraph);
+
+    BOOL IsWMV9VideoCodec(LPCWSTR pwszFile);
+    HRESULT HasDeviceConformanceMetaData(LPCWSTR pwszFile, BOOL* pbHas);
+    HRESULT AddVMR9Filter(IGraphBuilder* pGraph);
+    // Where the editor comes from; the engine asks wmvcore.dll.
+    virtual HRESULT CreateMetadataEditor(IWMMetadataEditor** ppEditor);
+
+    void DetectAudioOnly();
+    HRESULT CheckSeekable();
+    HRESULT AttachVideoWindow();
+    HRESULT InitVideoWindow();
+    HRESULT SetMessageDrain(HWND hDrain);
+    LRESULT HandleGraphEvent();
+
+    static BOOL IsMP3File(LPCWSTR pwszExt);
+    static BOOL IsOGGFile(LPCWSTR pwszExt);
+    static BOOL IsFLACFile(LPCWSTR pwszExt);
+
+    CComPtr<IBasicAudio> m_pBA;
+    CComPtr<IBasicVideo> m_pBV;
+    CComPtr<IGraphBuilder> m_pGB;
+    CComPtr<IMediaControl> m_pMC;
+    CComPtr<IMediaEventEx> m_pME;
+    CComPtr<IMediaSeeking> m_pMS;
+    CComPtr<IVideoWindow> m_pVideoWindow;
+    HWND m_hOldMessageDrain = nullptr;
+    HWND m_hEventWnd = nullptr;
+    HWND m_hBackgroundWnd = nullptr;
+    BOOL m_bAudioOnly = FALSE;
+    BOOL m_bSeekable = FALSE;
+    RECT m_rcParent = {0, 0, 0, 0};
+
+private:
+    static LRESULT CALLBACK StaticWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam);
+
+    // The Ogg and FLAC paths differ only in the filter and the name it gets in the graph.
+    // The method and source names only name the failing step in the trace.
+    HRESULT RenderWithCompanionSource(IGraphBuilder* pGraph, LPCWSTR pwszFile, REFCLSID clsid,
+                                      LPCWSTR pwszFilterName, const char* pszMethod,
+                                      const char* pszClsidName);
+    // A source whose pins all failed to render leaves the graph again.
+    HRESULT RenderSourcePins(IGraphBuilder* pGraph, IBaseFilter* pSource, const char* pszMethod,
+                             const char* pszSourceName);
+    // Takes a VMR-9 that automatic rendering left unconnected out of the graph again.
+    void RemoveUnconnectedVMR9();
+
+    CWMVCoreLibrary m_WMVCore;
 };

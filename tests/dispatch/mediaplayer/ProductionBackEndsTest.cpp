@@ -51,7 +51,7 @@ TEST_F(ProductionDispatcher, ListsTheSeventyTwoExtensionsInSearchOrder)
 
 TEST_F(ProductionDispatcher, RoutesToBackEndsThatCannotPlayYetAndReportsTheirFailure)
 {
-    for (LPCWSTR pwszFile : {L"a.mp3", L"a.jpg", L"a.gif", L"a.m4a", L"a.wma"})
+    for (LPCWSTR pwszFile : {L"a.jpg", L"a.gif", L"a.m4a"})
     {
         SCOPED_TRACE(Narrow(pwszFile));
         ASSERT_EQ(player.Init(pwszFile), S_OK);

@@ -1,0 +1,28 @@
+#include "CTestMedia.h"
+
+#include <algorithm>
+#include <fstream>
+
+std::wstring CTestMedia::Path(const char* pszName)
+{
+    const std::string path = std::string(TESSALY_DSHOW_MEDIA_DIR) + "/" + pszName;
+    std::wstring wide(path.begin(), path.end());
+    std::replace(wide.begin(), wide.end(), L'/', L'\\');
+    return wide;
+}
+
+bool CTestMedia::Read(const char* pszName, Truth* pTruth)
+{
+    std::ifstream table(std::string(TESSALY_DSHOW_MEDIA_DIR) + "/truth.txt");
+    std::string name;
+    Truth truth;
+    while (table >> name >> truth.dDuration >> truth.dwWidth >> truth.dwHeight)
+    {
+        if (name == pszName)
+        {
+            *pTruth = truth;
+            return true;
+        }
+    }
+    return false;
+}

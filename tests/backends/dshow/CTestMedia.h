@@ -1,0 +1,22 @@
+// The files that make-media.sh wrote when the tests were built, and what ffprobe read from them.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+class CTestMedia
+{
+public:
+    struct Truth
+    {
+        double dDuration = 0.0; // the longest stream, in seconds
+        DWORD dwWidth = 0;      // 0 for sound only
+        DWORD dwHeight = 0;
+    };
+
+    // A Windows path, as a host would pass it.
+    static std::wstring Path(const char* pszName);
+    // False when the file is not in the table.
+    static bool Read(const char* pszName, Truth* pTruth);
+};
