@@ -1,0 +1,178 @@
+// What a host sees while a real file plays: progress about ten times a second, completion,
+// and the state afterwards; sinks that act from inside their events.
+#include <windows.h>
+#include <objbase.h>
+#include <ocidl.h>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "CTestMedia.h"
+#include "engine/CComPtr.h"
+#include "engine/TessalyContract.h"
+#include "tests/support/CRecordingSink.h"
+
+namespace {
+
+typedef std::vector<CRecordingSink::Entry> Log;
+
+class PlaySequence : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
+        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, m_play.Out()));
+        m_parent = CreateWindowExW(0, L"STATIC", L"host", WS_POPUP, 0, 0, 320, 240, nullptr, nullptr, nullptr, nullptr);
+        ASSERT_EQ(S_OK, m_play->SetParentWindow(static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_parent))));
+        CComPtr<IConnectionPointContainer> container;
+        ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
+        ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &m_events));
+        ASSERT_EQ(S_OK, m_events->Advise(&m_sink, &m_dwCookie));
+    }
+    void TearDown() override
+    {
+        m_events.Reset();
+        m_play.Reset();
+        DestroyWindow(m_parent);
+        CoUninitialize();
+    }
+    HRESULT Open(const char* pszName, TESSALY_FILEINFO* pInfo = nullptr)
+    {
+        std::wstring path = CTestMedia::Path(pszName);
+        return m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, pInfo);
+    }
+    // Pumps the thread's messages, as a host's loop does, until done() or the time is up.
+    bool PumpUntil(const std::function<bool()>& done, DWORD dwMilliseconds)
+    {
+        const DWORD dwEnd = GetTickCount() + dwMilliseconds;
+        while (!done())
+        {
+            const LONG lLeft = static_cast<LONG>(dwEnd - GetTickCount());
+            if (lLeft <= 0)
+                return false;
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(lLeft), QS_ALLINPUT);
+            MSG msg;
+            while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
+            {
+                TranslateMessage(&msg);
+                DispatchMessageW(&msg);
+            }
+        }
+        return true;
+    }
+    int Count(const char* pszEvent) const
+    {
+        int n = 0;
+        for (const auto& e : m_log)
+            n += e.event == pszEvent;
+        return n;
+    }
+    bool Completed() const { return Count("complete") > 0; }
+
+    Log m_log;
+    CRecordingSink m_sink{"host", &m_log};
+    CComPtr<IPlay2> m_play;
+    CComPtr<IConnectionPoint> m_events;
+    DWORD m_dwCookie = 0;
+    HWND m_parent = nullptr;
+};
+
+TEST_F(PlaySequence, ProgressAboutTenTimesASecondThenCompletionThenStop)
+{
+    TESSALY_FILEINFO info = {};
+    ASSERT_EQ(S_OK, Open("tone.wav", &info));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Completed(); }, 15000)) << "a two-second file completes";
+
+    // Two seconds at 100 ms a tick; a busy machine only makes ticks late, never early.
+    const int nProgress = Count("progress");
+    EXPECT_GE(nProgress, 8);
+    EXPECT_LE(nProgress, 25);
+    double dLast = -1.0;
+    for (const auto& e : m_log)
+    {
+        if (e.event != "progress")
+            continue;
+        EXPECT_EQ(Playback_State_Play, e.state);
+        EXPECT_GE(e.dProgress, dLast) << "time only moves forward";
+        dLast = e.dProgress;
+    }
+    EXPECT_GT(dLast, 1.5) << "the last report is near the end";
+    EXPECT_EQ("complete", m_log.back().event);
+    EXPECT_EQ(0, Count("error"));
+
+    TESSALY_PLAYBACK_STATE state = Playback_State_Busy;
+    double dTime = -1.0;
+    EXPECT_EQ(S_OK, m_play->GetState(&state, &dTime));
+    EXPECT_EQ(Playback_State_Stop, state);
+    EXPECT_EQ(dLast, dTime) << "the last progress time is what GetState keeps";
+}
+
+TEST_F(PlaySequence, NothingArrivesAfterCloseFile)
+{
+    ASSERT_EQ(S_OK, Open("tone.wav"));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Count("progress") >= 2; }, 10000));
+    EXPECT_EQ(S_OK, m_play->CloseFile());
+    const size_t nBefore = m_log.size();
+    PumpUntil([] { return false; }, 2500);
+    EXPECT_EQ(nBefore, m_log.size());
+}
+
+TEST_F(PlaySequence, ASinkMayCloseTheFileFromInsideOnPlayComplete)
+{
+    HRESULT hrClose = E_FAIL;
+    m_sink.onEvent = [&](const char* pszEvent) {
+        if (std::string(pszEvent) == "complete")
+            hrClose = m_play->CloseFile();
+    };
+    ASSERT_EQ(S_OK, Open("tone.wav"));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Completed(); }, 15000));
+    EXPECT_EQ(S_OK, hrClose);
+    EXPECT_EQ(E_FAIL, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr)) << "nothing is open";
+    // And the object can go on with another file.
+    ASSERT_EQ(S_OK, Open("tone.mp3"));
+}
+
+TEST_F(PlaySequence, ASinkMayUnadviseItselfFromInsideOnPlayComplete)
+{
+    HRESULT hrUnadvise = E_FAIL;
+    m_sink.onEvent = [&](const char* pszEvent) {
+        if (std::string(pszEvent) == "complete")
+            hrUnadvise = m_events->Unadvise(m_dwCookie);
+    };
+    ASSERT_EQ(S_OK, Open("tone.wav"));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Completed(); }, 15000));
+    EXPECT_EQ(S_OK, hrUnadvise);
+    EXPECT_EQ(0, m_sink.OutsideRefs());
+
+    const size_t nBefore = m_log.size();
+    ASSERT_EQ(S_OK, m_play->CloseFile());
+    ASSERT_EQ(S_OK, Open("tone.wav"));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    PumpUntil([] { return false; }, 600);
+    EXPECT_EQ(nBefore, m_log.size()) << "no longer connected";
+}
+
+TEST_F(PlaySequence, PausedPlaybackReportsNoProgress)
+{
+    ASSERT_EQ(S_OK, Open("tone.wav"));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Count("progress") >= 2; }, 10000));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PAUSE, 0, nullptr));
+    TESSALY_PLAYBACK_STATE state = Playback_State_Busy;
+    EXPECT_EQ(S_OK, m_play->GetState(&state, nullptr));
+    EXPECT_EQ(Playback_State_Pause, state);
+    const int nBefore = Count("progress");
+    PumpUntil([] { return false; }, 600);
+    EXPECT_EQ(nBefore, Count("progress"));
+    EXPECT_EQ(S_OK, m_play->CloseFile());
+}
+
+} // namespace
