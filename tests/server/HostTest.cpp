@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <thread>
 
+#include "CTestMedia.h"
 #include "ServerPaths.h"
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
@@ -328,7 +330,8 @@ TEST_F(QueryFileInfo, AnotherApartmentGetsTheSameAnswersThroughTheProxy)
     IStream* pStream = nullptr;
     ASSERT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(IID_IQueryFileInfo, query.Get(), &pStream));
 
-    HRESULT hrUnmarshal = E_FAIL, hrUnknown = E_FAIL, hrOther = E_FAIL;
+    HRESULT hrUnmarshal = E_FAIL, hrUnknown = E_FAIL, hrOther = E_FAIL, hrReal = E_FAIL;
+    TESSALY_FILEINFO viaProxy = {};
     bool bProxy = false;
     HANDLE hDone = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     std::thread caller([&] {
@@ -345,6 +348,8 @@ TEST_F(QueryFileInfo, AnotherApartmentGetsTheSameAnswersThroughTheProxy)
                 TESSALY_FILEINFO other = {};
                 WCHAR clip[] = L"C:\\Media\\clip.zzz";
                 hrOther = remote->GetFileInfo(clip, &other);
+                std::wstring real = CTestMedia::Path("clip.wmv");
+                hrReal = remote->GetFileInfo(&real[0], &viaProxy);
             }
         }
         CoUninitialize();
@@ -363,6 +368,17 @@ TEST_F(QueryFileInfo, AnotherApartmentGetsTheSameAnswersThroughTheProxy)
     EXPECT_TRUE(bProxy);
     EXPECT_EQ(TESSALY_E_NOTSUPPORTED, hrUnknown);
     EXPECT_EQ(TESSALY_E_NOTSUPPORTED, hrOther);
+
+    // A real file answers the same through the proxy as directly.
+    std::wstring real = CTestMedia::Path("clip.wmv");
+    TESSALY_FILEINFO direct = {};
+    ASSERT_EQ(S_OK, query->GetFileInfo(&real[0], &direct));
+    EXPECT_EQ(S_OK, hrReal);
+    EXPECT_EQ(direct.dwAttributeMask, viaProxy.dwAttributeMask);
+    EXPECT_EQ(direct.dDuration, viaProxy.dDuration);
+    EXPECT_EQ(direct.dwWidth, viaProxy.dwWidth);
+    EXPECT_EQ(direct.dwHeight, viaProxy.dwHeight);
+    EXPECT_EQ(160u, viaProxy.dwWidth);
 }
 
 } // namespace
