@@ -4,24 +4,18 @@
 
 #include <cwchar>
 
-#include "backends/dshow/CFilterGraphHelper.h"
-#include "backends/dshow/CompanionSourceFilters.h"
-#include "backends/dshow/WMFormatInterfaces.h"
+#include "backends/dshow/CSourceRenderer.h"
+#include "backends/dshow/CWMV9RendererChoice.h"
 #include "dispatch/CUtility.h"
 #include "dispatch/EngineMessages.h"
 #include "engine/TessalyContract.h"
 #include "engine/Trace.h"
-#include "inspect/CASFFileParser.h"
 
 namespace {
 
 const LPCWSTR g_FileExt[] = {
     L".MP3", L".WAV", L".WMA", L".AVI", L".MPEG", L".MPG", L".MPA", L".MPE", L".M1V", L".M1A",
     L".MPV", L".ASF", L".DAT", L".WMV", L".DIVX", L".VOB", L".OGG", L".FLAC", L".KMV"};
-
-// Windows Media Video 9 in its simple/main, advanced and screen/image forms.
-const DWORD g_WMV9FourCCs[] = {MAKEFOURCC('W', 'M', 'V', '3'), MAKEFOURCC('W', 'M', 'V', 'A'),
-                               MAKEFOURCC('W', 'M', 'V', 'P'), MAKEFOURCC('W', 'V', 'P', '2')};
 
 template <class Q>
 HRESULT QueryGraph(IGraphBuilder* pGraph, REFIID riid, CComPtr<Q>& result, const char* pszName)
@@ -44,39 +38,6 @@ HRESULT MapRenderStatus(HRESULT hr)
         return TESSALY_S_PARTIAL_RENDER;
     default:
         return S_OK;
-    }
-}
-
-// Some readers (Wine's, for one) parse the file only once the graph runs: until then their pins
-// answer a length of zero, and a graph built on them could tell the host neither the duration
-// nor whether it can seek. A reader that cannot answer at all is given the benefit of the doubt.
-bool ReaderReportsNoLength(IBaseFilter* pReader)
-{
-    CComPtr<IPin> pin;
-    if (CFilterGraphHelper::FindOutputPin(pReader, &pin) != S_OK)
-        return false;
-    CComPtr<IMediaSeeking> seeking;
-    if (FAILED(pin->QueryInterface(IID_IMediaSeeking, seeking.Out())))
-        return false;
-    LONGLONG llDuration = 0;
-    return seeking->GetDuration(&llDuration) == S_OK && llDuration == 0;
-}
-
-bool HasConnectedInputPin(IBaseFilter* pFilter)
-{
-    CComPtr<IEnumPins> pins;
-    if (FAILED(pFilter->EnumPins(&pins)))
-        return true; // cannot tell: leave it where it is
-    for (;;)
-    {
-        CComPtr<IPin> pin;
-        if (pins->Next(1, &pin, nullptr) != S_OK)
-            return false;
-        PIN_DIRECTION direction;
-        CComPtr<IPin> peer;
-        if (SUCCEEDED(pin->QueryDirection(&direction)) && direction == PINDIR_INPUT &&
-            SUCCEEDED(pin->ConnectedTo(&peer)))
-            return true;
     }
 }
 
@@ -188,7 +149,7 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     LPCWSTR pwszExt = PathFindExtensionW(pwszFile);
     if (IsMP3File(pwszExt))
     {
-        hr = RenderMP3File(m_pGB.Get(), pwszFile);
+        hr = CSourceRenderer::RenderMP3File(m_pGB.Get(), pwszFile);
         if (SUCCEEDED(hr))
             bRendered = TRUE;
         else
@@ -196,7 +157,7 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     }
     if (IsOGGFile(pwszExt))
     {
-        hr = RenderOGGFile(m_pGB.Get(), pwszFile);
+        hr = CSourceRenderer::RenderOGGFile(m_pGB.Get(), pwszFile);
         if (SUCCEEDED(hr))
             bRendered = TRUE;
         else
@@ -204,7 +165,7 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     }
     if (IsFLACFile(pwszExt))
     {
-        hr = RenderFlacFile(m_pGB.Get(), pwszFile);
+        hr = CSourceRenderer::RenderFlacFile(m_pGB.Get(), pwszFile);
         if (SUCCEEDED(hr))
             bRendered = TRUE;
         else
@@ -214,13 +175,13 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     if (!bRendered)
     {
         bool bAddedVMR9 = false;
-        if (IsWMV9VideoCodec(pwszFile))
+        if (CWMV9RendererChoice::IsWMV9VideoCodec(pwszFile))
         {
             TESSALY_TRACE("S:CDShowPlayer::OpenFile> Is WMV9 Video Codec");
             // A file made for a device profile keeps the default renderer.
             BOOL bHasTemplate = FALSE;
             if (FAILED(HasDeviceConformanceMetaData(pwszFile, &bHasTemplate)) || !bHasTemplate)
-                bAddedVMR9 = SUCCEEDED(AddVMR9Filter(m_pGB.Get()));
+                bAddedVMR9 = SUCCEEDED(CWMV9RendererChoice::AddVMR9Filter(m_pGB.Get()));
         }
         hr = m_pGB->RenderFile(pwszFile, nullptr);
         if (FAILED(hr))
@@ -229,7 +190,7 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
             return hr;
         }
         if (bAddedVMR9)
-            RemoveUnconnectedVMR9();
+            CWMV9RendererChoice::RemoveUnconnectedVMR9(m_pGB.Get());
     }
     const HRESULT hrResult = MapRenderStatus(hr);
 
@@ -238,182 +199,6 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     if (!m_bAudioOnly)
         AttachVideoWindow();
     return hrResult;
-}
-
-HRESULT CDShowPlayer::RenderMP3File(IGraphBuilder* pGraph, LPCWSTR pwszFile)
-{
-    TESSALY_TRACE("S:CDShowPlayer::RenderMP3File> Attempt to use WM ASF Reader to play MP3 files...");
-    CComPtr<IBaseFilter> reader;
-    HRESULT hr = CoCreateInstance(CLSID_WMAsfReader, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                  reader.Out());
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> CoCreateInstance <CLSID_WMAsfReader> failed");
-        return hr;
-    }
-    CComPtr<IFileSourceFilter> fileSource;
-    hr = reader.QueryInterface(IID_IFileSourceFilter, fileSource);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> QI for IFileSourceFilter from <CLSID_WMAsfReader> failed");
-        return hr;
-    }
-    hr = fileSource->Load(pwszFile, nullptr);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> IFileSourceFilter->Load failed");
-        return hr;
-    }
-    if (ReaderReportsNoLength(reader.Get()))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> WM ASF Reader reports no length before playback");
-        return E_FAIL;
-    }
-    hr = pGraph->AddFilter(reader.Get(), nullptr);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> pIGB->AddFilter failed");
-        return hr;
-    }
-
-    // Windows XP's reader hands out compressed MP3 that only the ACM wrapper decodes.
-    if (CUtility::IsWindowsXP())
-    {
-        CComPtr<IBaseFilter> acm;
-        hr = CoCreateInstance(CLSID_ACMWrapper, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                              acm.Out());
-        if (FAILED(hr))
-        {
-            TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> CoCreateInstance <CLSID_ACMWrapper> failed");
-            return hr;
-        }
-        hr = pGraph->AddFilter(acm.Get(), nullptr);
-        if (FAILED(hr))
-        {
-            TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> pIGB->AddFilter failed");
-            return hr;
-        }
-    }
-    return RenderSourcePins(pGraph, reader.Get(), "RenderMP3File", "pIASFReader");
-}
-
-HRESULT CDShowPlayer::RenderOGGFile(IGraphBuilder* pGraph, LPCWSTR pwszFile)
-{
-    TESSALY_TRACE("S:CDShowPlayer::RenderOGGFile> Attempt to use OggSourceFilter to play ogg files...");
-    return RenderWithCompanionSource(pGraph, pwszFile, CLSID_OggSourceFilter, L"OGG Reader",
-                                     "RenderOGGFile", "CLSID_OggSourceFilter");
-}
-
-HRESULT CDShowPlayer::RenderFlacFile(IGraphBuilder* pGraph, LPCWSTR pwszFile)
-{
-    TESSALY_TRACE("S:CDShowPlayer::RenderFlacFile> Attempt to use FlacSourceFilter to play Flac files...");
-    return RenderWithCompanionSource(pGraph, pwszFile, CLSID_FlacSourceFilter, L"FLAC Reader",
-                                     "RenderFlacFile", "CLSID_FlacSourceFilter");
-}
-
-HRESULT CDShowPlayer::RenderWithCompanionSource(IGraphBuilder* pGraph, LPCWSTR pwszFile,
-                                                REFCLSID clsid, LPCWSTR pwszFilterName,
-                                                const char* pszMethod, const char* pszClsidName)
-{
-    CComPtr<IBaseFilter> source;
-    HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, source.Out());
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::%s> CoCreateInstance <%s> failed", pszMethod, pszClsidName);
-        return hr;
-    }
-
-    CComPtr<ISourceFilterSetup> setup;
-    hr = FAILED(source.QueryInterface(IID_ISourceFilterSetup, setup)) ? E_NOINTERFACE : setup->Setup(1);
-    if (SUCCEEDED(hr))
-    {
-        CComPtr<IFileSourceFilter> fileSource;
-        hr = FAILED(source.QueryInterface(IID_IFileSourceFilter, fileSource))
-                 ? E_NOINTERFACE
-                 : fileSource->Load(pwszFile, nullptr);
-    }
-    if (SUCCEEDED(hr))
-        hr = pGraph->AddFilter(source.Get(), pwszFilterName);
-    if (FAILED(hr))
-    {
-        pGraph->RemoveFilter(source.Get());
-        return hr;
-    }
-    return RenderSourcePins(pGraph, source.Get(), pszMethod, "pFileSource");
-}
-
-HRESULT CDShowPlayer::RenderSourcePins(IGraphBuilder* pGraph, IBaseFilter* pSource,
-                                       const char* pszMethod, const char* pszSourceName)
-{
-    CComPtr<IEnumPins> pins;
-    HRESULT hr = pSource->EnumPins(&pins);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::%s> %s->EnumPins failed", pszMethod, pszSourceName);
-        pGraph->RemoveFilter(pSource);
-        return hr;
-    }
-    if (!RenderToOutputPin(pins.Get(), pGraph))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::%s> No output pin is rendered", pszMethod);
-        pGraph->RemoveFilter(pSource);
-        return E_FAIL;
-    }
-    return S_OK;
-}
-
-BOOL CDShowPlayer::RenderToOutputPin(IEnumPins* pPins, IGraphBuilder* pGraph)
-{
-    BOOL bRendered = FALSE;
-    pPins->Reset();
-    for (;;)
-    {
-        CComPtr<IPin> pin;
-        if (pPins->Next(1, &pin, nullptr) != S_OK)
-            break;
-        PIN_DIRECTION direction;
-        if (FAILED(pin->QueryDirection(&direction)))
-        {
-            TESSALY_TRACE("E:CDShowPlayer::RenderToOutputPin> pIPin->QueryDirection failed");
-            continue;
-        }
-        if (direction != PINDIR_OUTPUT)
-        {
-            TESSALY_TRACE("S:CDShowPlayer::RenderToOutputPin> Not output pin, skip...");
-            continue;
-        }
-        // Every output pin gets its chance: a file may carry a stream nothing here can play.
-        if (SUCCEEDED(pGraph->Render(pin.Get())))
-            bRendered = TRUE;
-        else
-            TESSALY_TRACE("E:CDShowPlayer::RenderToOutputPin> failed to render this output pin");
-    }
-    return bRendered;
-}
-
-BOOL CDShowPlayer::IsWMV9VideoCodec(LPCWSTR pwszFile)
-{
-    CASFFileParser parser;
-    if (FAILED(parser.Open(pwszFile)))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::IsWMV9VideoCodec> CASFFileParser::Open failed");
-        return FALSE;
-    }
-    // Cleared first: the parser leaves the record alone for a file without video.
-    ASF_VIDEO_INFO video = {};
-    ASF_AUDIO_INFO audio = {};
-    uint16_t wChannelType = 0;
-    if (FAILED(parser.GetAVFileInfo(&video, &audio, &wChannelType)))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::IsWMV9VideoCodec> CASFFileParser::GetAVFileInfo failed");
-        return FALSE;
-    }
-    for (DWORD dwFourCC : g_WMV9FourCCs)
-    {
-        if (video.dwFourCC == dwFourCC)
-            return TRUE;
-    }
-    return FALSE;
 }
 
 HRESULT CDShowPlayer::CreateMetadataEditor(IWMMetadataEditor** ppEditor)
@@ -433,92 +218,7 @@ HRESULT CDShowPlayer::HasDeviceConformanceMetaData(LPCWSTR pwszFile, BOOL* pbHas
         TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> WMCreateEditor failed");
         return hr;
     }
-
-    CComPtr<wmf::IWMMetadataEditor2> editor2;
-    if (SUCCEEDED(editor.QueryInterface(wmf::IID_IWMMetadataEditor2, editor2)))
-    {
-        hr = editor2->OpenEx(pwszFile, GENERIC_READ, FILE_SHARE_READ);
-        if (FAILED(hr))
-        {
-            TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMMetadataEditor2->OpenEx failed");
-            return hr;
-        }
-    }
-    else
-    {
-        hr = editor->Open(pwszFile);
-        if (FAILED(hr))
-        {
-            TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMMetadataEditor->Open failed");
-            return hr;
-        }
-    }
-
-    CComPtr<IWMHeaderInfo> headerInfo;
-    CComPtr<IWMHeaderInfo3> headerInfo3;
-    if (FAILED(editor.QueryInterface(wmf::IID_IWMHeaderInfo, headerInfo)))
-        TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> Failed to query for IWMHeaderInfo");
-    else if (FAILED(headerInfo.QueryInterface(wmf::IID_IWMHeaderInfo3, headerInfo3)))
-        TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> QI for IWMHeaderInfo3 failed");
-    else
-    {
-        WORD wCount = 0;
-        if (SUCCEEDED(headerInfo3->GetAttributeIndices(0xFFFF, L"DeviceConformanceTemplate",
-                                                       nullptr, nullptr, &wCount)))
-        {
-            TESSALY_TRACE("S:HasDeviceConformanceMetaData> number of values found for DeviceConformanceTemplate = %d",
-                          wCount);
-            *pbHas = wCount != 0;
-        }
-        else
-            TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMHeaderInfo3->GetAttributeIndices failed");
-    }
-
-    hr = editor->Close();
-    if (FAILED(hr))
-        TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> IWMMetadataEditor->Close failed");
-    return hr;
-}
-
-HRESULT CDShowPlayer::AddVMR9Filter(IGraphBuilder* pGraph)
-{
-    TESSALY_TRACE("S:CDShowPlayer::AddVMR9Filter> Attempt to use Video Mixing Render v9 to render video files...");
-    CComPtr<IBaseFilter> vmr;
-    HRESULT hr = CoCreateInstance(CLSID_VideoMixingRenderer9, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_IBaseFilter, vmr.Out());
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::AddVMR9Filter> CoCreateInstance <CLSID_VideoMixingRenderer9> failed");
-        return hr;
-    }
-    hr = pGraph->AddFilter(vmr.Get(), nullptr);
-    if (FAILED(hr))
-        TESSALY_TRACE("E:CDShowPlayer::AddVMR9Filter> pIGB->AddFilter failed");
-    return hr;
-}
-
-// When the video stream could not be connected after all, an idle VMR-9 would still answer for
-// the graph's video window: the file would count as video, and some renderers even fault when
-// asked for the size of a picture they never got.
-void CDShowPlayer::RemoveUnconnectedVMR9()
-{
-    CComPtr<IEnumFilters> filters;
-    if (FAILED(m_pGB->EnumFilters(&filters)))
-        return;
-    CComPtr<IBaseFilter> idle;
-    for (;;)
-    {
-        CComPtr<IBaseFilter> filter;
-        if (filters->Next(1, &filter, nullptr) != S_OK)
-            break;
-        CLSID clsid;
-        if (SUCCEEDED(filter->GetClassID(&clsid)) && IsEqualCLSID(clsid, CLSID_VideoMixingRenderer9) &&
-            !HasConnectedInputPin(filter.Get()))
-            idle = filter;
-    }
-    // Removed only once the enumeration is over, which a change of the graph would invalidate.
-    if (idle && SUCCEEDED(m_pGB->RemoveFilter(idle.Get())))
-        TESSALY_TRACE("S:CDShowPlayer::OpenFile> Removed the unconnected VMR-9 again");
+    return CWMV9RendererChoice::ReadConformanceTemplate(editor.Get(), pwszFile, pbHas);
 }
 
 void CDShowPlayer::DetectAudioOnly()

@@ -37,14 +37,8 @@ protected:
     HRESULT OpenInterfaces();
     void CloseInterfaces();
 
-    HRESULT RenderMP3File(IGraphBuilder* pGraph, LPCWSTR pwszFile);
-    HRESULT RenderOGGFile(IGraphBuilder* pGraph, LPCWSTR pwszFile);
-    HRESULT RenderFlacFile(IGraphBuilder* pGraph, LPCWSTR pwszFile);
-    BOOL RenderToOutputPin(IEnumPins* pPins, IGraphBuilder* pGraph);
-
-    BOOL IsWMV9VideoCodec(LPCWSTR pwszFile);
+    // Whether the file carries a device-conformance template, asked of a metadata editor.
     HRESULT HasDeviceConformanceMetaData(LPCWSTR pwszFile, BOOL* pbHas);
-    HRESULT AddVMR9Filter(IGraphBuilder* pGraph);
     // Where the editor comes from; the engine asks wmvcore.dll.
     virtual HRESULT CreateMetadataEditor(IWMMetadataEditor** ppEditor);
 
@@ -75,17 +69,6 @@ protected:
 
 private:
     static LRESULT CALLBACK StaticWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam);
-
-    // The Ogg and FLAC paths differ only in the filter and the name it gets in the graph.
-    // The method and source names only name the failing step in the trace.
-    HRESULT RenderWithCompanionSource(IGraphBuilder* pGraph, LPCWSTR pwszFile, REFCLSID clsid,
-                                      LPCWSTR pwszFilterName, const char* pszMethod,
-                                      const char* pszClsidName);
-    // A source whose pins all failed to render leaves the graph again.
-    HRESULT RenderSourcePins(IGraphBuilder* pGraph, IBaseFilter* pSource, const char* pszMethod,
-                             const char* pszSourceName);
-    // Takes a VMR-9 that automatic rendering left unconnected out of the graph again.
-    void RemoveUnconnectedVMR9();
 
     CWMVCoreLibrary m_WMVCore;
 };

@@ -11,6 +11,14 @@ std::wstring CTestMedia::Path(const char* pszName)
     return wide;
 }
 
+std::string CTestMedia::Narrow(LPCWSTR pwsz)
+{
+    std::string text;
+    for (; pwsz && *pwsz; ++pwsz)
+        text += static_cast<char>(*pwsz);
+    return text;
+}
+
 bool CTestMedia::Read(const char* pszName, Truth* pTruth)
 {
     std::ifstream table(std::string(TESSALY_DSHOW_MEDIA_DIR) + "/truth.txt");

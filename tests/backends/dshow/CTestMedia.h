@@ -17,6 +17,8 @@ public:
 
     // A Windows path, as a host would pass it.
     static std::wstring Path(const char* pszName);
+    // Paths and names as logs show them (the test media's names are ASCII).
+    static std::string Narrow(LPCWSTR pwsz);
     // False when the file is not in the table.
     static bool Read(const char* pszName, Truth* pTruth);
 };

@@ -1,0 +1,36 @@
+#include "CClassObjectRegistration.h"
+
+#include <objbase.h>
+
+CClassObjectRegistration::CClassObjectRegistration(REFCLSID clsid, Create create)
+    : m_create(std::move(create)),
+      m_hrRegistered(CoRegisterClassObject(clsid, this, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
+                                           &m_dwCookie))
+{
+}
+
+CClassObjectRegistration::~CClassObjectRegistration()
+{
+    if (SUCCEEDED(m_hrRegistered))
+        CoRevokeClassObject(m_dwCookie);
+}
+
+HRESULT STDMETHODCALLTYPE CClassObjectRegistration::QueryInterface(REFIID riid, void** ppv)
+{
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory))
+    {
+        *ppv = static_cast<IClassFactory*>(this);
+        return S_OK;
+    }
+    *ppv = nullptr;
+    return E_NOINTERFACE;
+}
+
+HRESULT STDMETHODCALLTYPE CClassObjectRegistration::CreateInstance(IUnknown* pOuter, REFIID riid,
+                                                                   void** ppv)
+{
+    *ppv = nullptr;
+    if (pOuter)
+        return CLASS_E_NOAGGREGATION;
+    return m_create(riid, ppv);
+}
