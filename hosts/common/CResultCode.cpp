@@ -122,6 +122,11 @@ std::wstring CResultCode::Hex(HRESULT hr)
     return wsz;
 }
 
+std::wstring CResultCode::HexAndName(HRESULT hr)
+{
+    return Hex(hr) + L" " + Name(hr);
+}
+
 std::wstring CResultCode::Name(HRESULT hr)
 {
     if (const KnownCode* pCode = Find(hr))

@@ -14,6 +14,8 @@ public:
     static std::wstring Name(HRESULT hr);
     // "0x8004A000"
     static std::wstring Hex(HRESULT hr);
+    // "0x8004A000 TESSALY_E_NOTSUPPORTED", as logs and reports show a code.
+    static std::wstring HexAndName(HRESULT hr);
     // A sentence for a status line or message box.
     static std::wstring Message(HRESULT hr);
 };

@@ -46,11 +46,6 @@ std::wstring Seconds(double d)
     return wsz;
 }
 
-std::wstring Code(HRESULT hr)
-{
-    return CResultCode::Hex(hr) + L" " + CResultCode::Name(hr);
-}
-
 } // namespace
 
 CPlayerWindow::CPlayerWindow(const CPlayerOptions& options, const CEventLog& log) : m_options(options), m_log(log)
@@ -302,7 +297,7 @@ void CPlayerWindow::PlayCurrent()
     wchar_t wszInfo[128];
     swprintf(wszInfo, 128, L"duration=%.3f size=%lux%lu mask=0x%lx result=", info.dDuration, info.dwWidth,
              info.dwHeight, info.dwAttributeMask);
-    m_log.Write("opened", wszInfo + Code(hrOpen));
+    m_log.Write("opened", wszInfo + CResultCode::HexAndName(hrOpen));
 
     const bool bAudioOnly = (info.dwAttributeMask & TESSALY_FILEINFO_AUDIO_ONLY) != 0;
     m_panel.ShowFor({path, info.dDuration, m_playlist.CurrentIndex(), m_playlist.Size()}, bAudioOnly);
@@ -314,7 +309,6 @@ void CPlayerWindow::PlayCurrent()
         PostMessageW(m_hWnd, WM_APP_MOVE_ON, 0, 0);
         return;
     }
-    m_bPaused = false;
     m_controls.ShowPaused(false);
     m_controls.ShowProgress(0.0, m_dDuration);
     m_log.Write("play");
@@ -351,7 +345,6 @@ void CPlayerWindow::FinishPlaylist()
     if (m_bOpen)
         m_play->CloseFile();
     m_bOpen = false;
-    m_bPaused = true;
     m_controls.ShowPaused(true);
     m_panel.Hide();
     m_log.Write("end", L"files=" + std::to_wstring(m_playlist.Size()) + L" errors=" + std::to_wstring(m_nErrors));
@@ -380,7 +373,6 @@ void CPlayerWindow::TogglePause()
         ReportError(bPause ? L"pause" : L"resume", hr);
         return;
     }
-    m_bPaused = bPause;
     m_controls.ShowPaused(bPause);
     m_log.Write(bPause ? "pause" : "resume");
     SetStatus(bPause ? L"Paused." : L"Playing.");
@@ -396,7 +388,6 @@ void CPlayerWindow::Stop()
         ReportError(L"stop", hr);
         return;
     }
-    m_bPaused = true;
     m_dPosition = 0.0;
     m_controls.ShowPaused(true);
     m_controls.ShowProgress(0.0, m_dDuration);
@@ -417,8 +408,8 @@ void CPlayerWindow::SeekTo(double dPosition)
     if (FAILED(hr))
     {
         // A refused seek leaves playback as it was: worth a word, not an error of the run.
-        m_log.Write("refused", L"seek " + Seconds(dPosition) + L" " + Code(hr));
-        SetStatus(L"Cannot seek: " + CResultCode::Message(hr) + L" (" + Code(hr) + L")");
+        m_log.Write("refused", L"seek " + Seconds(dPosition) + L" " + CResultCode::HexAndName(hr));
+        SetStatus(L"Cannot seek: " + CResultCode::Message(hr) + L" (" + CResultCode::HexAndName(hr) + L")");
         return;
     }
     m_dPosition = dPosition;
@@ -451,9 +442,9 @@ void CPlayerWindow::ReportError(const wchar_t* pwszStep, HRESULT hr)
 {
     ++m_nErrors;
     const std::wstring& path = m_playlist.Current();
-    m_log.Write("error", Code(hr) + L" " + pwszStep + L" " + path + L": " + CResultCode::Message(hr));
+    m_log.Write("error", CResultCode::HexAndName(hr) + L" " + pwszStep + L" " + path + L": " + CResultCode::Message(hr));
     SetStatus(L"Cannot " + std::wstring(pwszStep) + L" " + CMediaTitle::FromName(path) + L": " + CResultCode::Message(hr) +
-              L" (" + Code(hr) + L")");
+              L" (" + CResultCode::HexAndName(hr) + L")");
 }
 
 void CPlayerWindow::TakeScreenshot()

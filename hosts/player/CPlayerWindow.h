@@ -75,7 +75,6 @@ private:
     double m_dDuration = 0.0;
     double m_dPosition = 0.0;
     bool m_bOpen = false;
-    bool m_bPaused = true;
     bool m_bScreenshotTimed = false;
     bool m_bScreenshotDone = false;
     unsigned m_nErrors = 0;

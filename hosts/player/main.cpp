@@ -52,9 +52,8 @@ int WINAPI wWinMain(HINSTANCE, HINSTANCE, LPWSTR, int nShow)
     const HRESULT hr = FAILED(apartment.Result()) ? apartment.Result() : window.Create(nShow);
     if (FAILED(hr))
     {
-        log.Write("error", CResultCode::Hex(hr) + L" " + CResultCode::Name(hr) + L" start: " + CResultCode::Message(hr));
-        Tell(L"player: cannot start the engine: " + CResultCode::Message(hr) + L" (" + CResultCode::Hex(hr) + L" " +
-                 CResultCode::Name(hr) + L")\n",
+        log.Write("error", CResultCode::HexAndName(hr) + L" start: " + CResultCode::Message(hr));
+        Tell(L"player: cannot start the engine: " + CResultCode::Message(hr) + L" (" + CResultCode::HexAndName(hr) + L")\n",
              true);
         return 3;
     }

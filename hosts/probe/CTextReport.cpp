@@ -21,7 +21,7 @@ std::string Format(const char* pszFormat, ...)
 
 std::string Code(HRESULT hr)
 {
-    return CUtf8::FromWide(CResultCode::Hex(hr) + L" " + CResultCode::Name(hr));
+    return CUtf8::FromWide(CResultCode::HexAndName(hr));
 }
 
 } // namespace

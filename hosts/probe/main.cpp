@@ -40,8 +40,7 @@ int wmain(int argc, wchar_t** argv)
     if (FAILED(hr))
     {
         err.WriteLine("probe: cannot create the engine's QueryFileInfo object: " +
-                      CUtf8::FromWide(CResultCode::Hex(hr) + L" " + CResultCode::Name(hr) + L": " +
-                                      CResultCode::Message(hr)));
+                      CUtf8::FromWide(CResultCode::HexAndName(hr) + L": " + CResultCode::Message(hr)));
         return 3;
     }
 
