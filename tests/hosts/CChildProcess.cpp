@@ -42,15 +42,14 @@ std::wstring CChildProcess::Quote(const std::wstring& argument)
     return quoted + L"\"";
 }
 
-CChildProcess CChildProcess::Run(const std::wstring& commandLine, DWORD dwGuardMs)
+CChildProcess::CChildProcess(const std::wstring& commandLine)
 {
-    CChildProcess result;
     SECURITY_ATTRIBUTES sa = {sizeof(sa), nullptr, TRUE};
-    HANDLE hOutRead, hOutWrite, hErrRead, hErrWrite;
-    CreatePipe(&hOutRead, &hOutWrite, &sa, 0);
-    CreatePipe(&hErrRead, &hErrWrite, &sa, 0);
-    SetHandleInformation(hOutRead, HANDLE_FLAG_INHERIT, 0);
-    SetHandleInformation(hErrRead, HANDLE_FLAG_INHERIT, 0);
+    HANDLE hOutWrite = nullptr, hErrWrite = nullptr;
+    CreatePipe(&m_hOutRead, &hOutWrite, &sa, 0);
+    CreatePipe(&m_hErrRead, &hErrWrite, &sa, 0);
+    SetHandleInformation(m_hOutRead, HANDLE_FLAG_INHERIT, 0);
+    SetHandleInformation(m_hErrRead, HANDLE_FLAG_INHERIT, 0);
 
     STARTUPINFOW si = {};
     si.cb = sizeof(si);
@@ -58,32 +57,49 @@ CChildProcess CChildProcess::Run(const std::wstring& commandLine, DWORD dwGuardM
     si.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
     si.hStdOutput = hOutWrite;
     si.hStdError = hErrWrite;
-    PROCESS_INFORMATION pi = {};
     std::wstring line = commandLine;
-    const BOOL bStarted = CreateProcessW(nullptr, &line[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &pi);
+    if (!CreateProcessW(nullptr, &line[0], nullptr, nullptr, TRUE, 0, nullptr, nullptr, &si, &m_pi))
+        m_pi = {};
     CloseHandle(hOutWrite);
     CloseHandle(hErrWrite);
-    if (bStarted)
+}
+
+CChildProcess::~CChildProcess()
+{
+    if (m_pi.hProcess)
     {
-        const ULONGLONG ullGuardEnd = GetTickCount64() + dwGuardMs;
-        DWORD dwWait;
-        do
-        {
-            dwWait = WaitForSingleObject(pi.hProcess, 20);
-            TakeAvailable(hOutRead, result.output);
-            TakeAvailable(hErrRead, result.errors);
-            if (dwWait == WAIT_TIMEOUT && GetTickCount64() > ullGuardEnd)
-                TerminateProcess(pi.hProcess, static_cast<UINT>(-1));
-        } while (dwWait == WAIT_TIMEOUT);
-        TakeAvailable(hOutRead, result.output);
-        TakeAvailable(hErrRead, result.errors);
-        DWORD dwExit = 0;
-        GetExitCodeProcess(pi.hProcess, &dwExit);
-        result.exitCode = static_cast<int>(dwExit);
-        CloseHandle(pi.hThread);
-        CloseHandle(pi.hProcess);
+        if (WaitForSingleObject(m_pi.hProcess, 0) == WAIT_TIMEOUT)
+            TerminateProcess(m_pi.hProcess, static_cast<UINT>(-1));
+        CloseHandle(m_pi.hThread);
+        CloseHandle(m_pi.hProcess);
     }
-    CloseHandle(hOutRead);
-    CloseHandle(hErrRead);
-    return result;
+    CloseHandle(m_hOutRead);
+    CloseHandle(m_hErrRead);
+}
+
+CChildProcess::Result CChildProcess::Finish(DWORD dwGuardMs)
+{
+    if (!m_pi.hProcess)
+        return m_result;
+    const ULONGLONG ullGuardEnd = GetTickCount64() + dwGuardMs;
+    DWORD dwWait;
+    do
+    {
+        dwWait = WaitForSingleObject(m_pi.hProcess, 20);
+        TakeAvailable(m_hOutRead, m_result.output);
+        TakeAvailable(m_hErrRead, m_result.errors);
+        if (dwWait == WAIT_TIMEOUT && GetTickCount64() > ullGuardEnd)
+            TerminateProcess(m_pi.hProcess, static_cast<UINT>(-1));
+    } while (dwWait == WAIT_TIMEOUT);
+    TakeAvailable(m_hOutRead, m_result.output);
+    TakeAvailable(m_hErrRead, m_result.errors);
+    DWORD dwExit = 0;
+    GetExitCodeProcess(m_pi.hProcess, &dwExit);
+    m_result.exitCode = static_cast<int>(dwExit);
+    return m_result;
+}
+
+CChildProcess::Result CChildProcess::Run(const std::wstring& commandLine, DWORD dwGuardMs)
+{
+    return CChildProcess(commandLine).Finish(dwGuardMs);
 }

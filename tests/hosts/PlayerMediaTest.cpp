@@ -23,6 +23,41 @@ double Number(const std::string& line, size_t nWord)
     return atof(line.c_str() + nPos);
 }
 
+struct TitleSearch
+{
+    DWORD dwProcessId;
+    std::wstring prefix;
+    HWND hFound;
+};
+
+BOOL CALLBACK FindTitled(HWND hWnd, LPARAM lParam)
+{
+    auto* pSearch = reinterpret_cast<TitleSearch*>(lParam);
+    DWORD dwProcessId = 0;
+    GetWindowThreadProcessId(hWnd, &dwProcessId);
+    wchar_t wszTitle[256] = {};
+    if (dwProcessId == pSearch->dwProcessId && GetWindowTextW(hWnd, wszTitle, 256) &&
+        std::wstring(wszTitle).compare(0, pSearch->prefix.size(), pSearch->prefix) == 0)
+    {
+        pSearch->hFound = hWnd;
+        return FALSE;
+    }
+    return TRUE;
+}
+
+// The player's window once its title says it plays the file of that name; null if it never does.
+HWND WaitForTitle(const CChildProcess& player, const std::wstring& prefix)
+{
+    TitleSearch search = {player.Id(), prefix, nullptr};
+    for (int i = 0; i < 6000 && !search.hFound; ++i) // a minute: a guard against a hang
+    {
+        EnumWindows(FindTitled, reinterpret_cast<LPARAM>(&search));
+        if (!search.hFound)
+            Sleep(10);
+    }
+    return search.hFound;
+}
+
 bool Near(COLORREF a, COLORREF b, int nTolerance)
 {
     return abs(GetRValue(a) - GetRValue(b)) <= nTolerance && abs(GetGValue(a) - GetGValue(b)) <= nTolerance &&
@@ -37,7 +72,7 @@ TEST(PlayerMedia, PlaysTwoFilesInSequenceWithProgressAndCompletionOfBoth)
     const std::wstring shot = temp.Path(L"shot.png");
     // A screenshot time past the end of both files: it is taken as the list ends, while the
     // second file's information panel is still up.
-    const CChildProcess run =
+    const CChildProcess::Result run =
         CChildProcess::Run(CChildProcess::Quote(kPlayerPath) + L" --log --exit-after-complete --screenshot " +
                            CChildProcess::Quote(shot) + L" --screenshot-after 600 " + CChildProcess::Quote(first) +
                            L" " + CChildProcess::Quote(second));
@@ -86,11 +121,38 @@ TEST(PlayerMedia, PlaysTwoFilesInSequenceWithProgressAndCompletionOfBoth)
     EXPECT_LT(GetRValue(lower), 92) << std::hex << lower;
 }
 
+TEST(PlayerMedia, KeysPauseResumeSeekAndSkipToTheNextFile)
+{
+    CTempFolder temp;
+    const std::wstring first = temp.CopyIn(CHostRun::Media(L"stereo.wma"), L"first.wma");
+    const std::wstring second = temp.CopyIn(CHostRun::Media(L"tone.wav"), L"second.wav");
+    CChildProcess player(CChildProcess::Quote(kPlayerPath) + L" --log --exit-after-complete " +
+                         CChildProcess::Quote(first) + L" " + CChildProcess::Quote(second));
+    ASSERT_TRUE(player.Started());
+    const HWND hWnd = WaitForTitle(player, L"first - ");
+    ASSERT_NE(nullptr, hWnd) << player.Finish().output;
+    // Keys as the keyboard delivers them, wherever the focus is in the player.
+    for (WPARAM vk : {VK_SPACE, VK_SPACE, VK_LEFT, VK_NEXT})
+        PostMessageW(hWnd, WM_KEYDOWN, vk, 0);
+    const CChildProcess::Result run = player.Finish();
+    EXPECT_EQ(0, run.exitCode) << run.output << run.errors;
+
+    // What the player did, leaving out the progress ticks and file details.
+    std::vector<std::string> steps;
+    for (const std::string& line : CHostRun::Events(run.output, ""))
+        if (line.compare(0, 9, "progress ") != 0 && line.compare(0, 7, "opened ") != 0)
+            steps.push_back(line);
+    const std::vector<std::string> expected = {
+        "open " + CUtf8::FromWide(first), "play", "pause", "resume", "seek 0.000", "open " + CUtf8::FromWide(second),
+        "play", "complete " + CUtf8::FromWide(second), "end files=2 errors=0"};
+    EXPECT_EQ(expected, steps) << run.output;
+}
+
 TEST(PlayerMedia, VideoOpensAtItsSizeAndPlaysToTheEnd)
 {
     // Only the log is checked: Wine shows no frames in a video window that another window owns,
     // so a screenshot of the player's video area stays black on this platform.
-    const CChildProcess run = CChildProcess::Run(CChildProcess::Quote(kPlayerPath) + L" --log --exit-after-complete " +
+    const CChildProcess::Result run = CChildProcess::Run(CChildProcess::Quote(kPlayerPath) + L" --log --exit-after-complete " +
                                                  CChildProcess::Quote(CHostRun::Media(L"clip.wmv")));
     EXPECT_EQ(0, run.exitCode) << run.output << run.errors;
     const std::vector<std::string> opened = CHostRun::Events(run.output, "opened");

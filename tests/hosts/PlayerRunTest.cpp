@@ -12,7 +12,7 @@
 
 namespace {
 
-CChildProcess Player(const std::wstring& arguments)
+CChildProcess::Result Player(const std::wstring& arguments)
 {
     return CChildProcess::Run(CChildProcess::Quote(kPlayerPath) + L" " + arguments);
 }
@@ -23,7 +23,7 @@ TEST(PlayerRun, EveryFileThatCannotBeOpenedIsReportedAndTheListStillEnds)
     const std::wstring notes = temp.Write(L"notes.txt", "x");
     const std::wstring bare = temp.Write(L"noextension", "x");
     const std::wstring shot = temp.Path(L"shot.png");
-    const CChildProcess run = Player(L"--log --exit-after-complete --screenshot " + CChildProcess::Quote(shot) + L" " +
+    const CChildProcess::Result run = Player(L"--log --exit-after-complete --screenshot " + CChildProcess::Quote(shot) + L" " +
                                      CChildProcess::Quote(notes) + L" " + CChildProcess::Quote(bare));
     EXPECT_EQ(1, run.exitCode) << run.output << run.errors;
 
@@ -47,14 +47,14 @@ TEST(PlayerRun, EveryFileThatCannotBeOpenedIsReportedAndTheListStillEnds)
 TEST(PlayerRun, WithoutTheLogOptionNothingIsPrinted)
 {
     CTempFolder temp;
-    const CChildProcess run = Player(L"--exit-after-complete " + CChildProcess::Quote(temp.Write(L"a.txt", "x")));
+    const CChildProcess::Result run = Player(L"--exit-after-complete " + CChildProcess::Quote(temp.Write(L"a.txt", "x")));
     EXPECT_EQ(1, run.exitCode);
     EXPECT_TRUE(run.output.empty()) << run.output;
 }
 
 TEST(PlayerRun, ABadCommandLineSaysSoWithoutOpeningAWindow)
 {
-    const CChildProcess run = Player(L"--screenshot-after soon");
+    const CChildProcess::Result run = Player(L"--screenshot-after soon");
     EXPECT_EQ(2, run.exitCode);
     EXPECT_NE(std::string::npos, run.errors.find("--screenshot-after")) << run.errors;
 }

@@ -34,7 +34,7 @@ TEST(ProbeMedia, JsonForAGeneratedFolderMatchesTheFilesRealProperties)
     for (const Expected& file : kFiles)
         temp.CopyIn(CHostRun::Media(file.pwszSource), file.pwszPlaced);
 
-    const CChildProcess run = CChildProcess::Run(CChildProcess::Quote(kProbePath) + L" --json " +
+    const CChildProcess::Result run = CChildProcess::Run(CChildProcess::Quote(kProbePath) + L" --json " +
                                                  CChildProcess::Quote(temp.Path()));
     EXPECT_EQ(0, run.exitCode) << run.output << run.errors;
     const CJsonValue doc = CJsonValue::Parse(run.output);

@@ -12,7 +12,7 @@
 
 namespace {
 
-CChildProcess Probe(const std::wstring& arguments)
+CChildProcess::Result Probe(const std::wstring& arguments)
 {
     return CChildProcess::Run(CChildProcess::Quote(kProbePath) + L" " + arguments);
 }
@@ -34,7 +34,7 @@ TEST(ProbeRun, CorruptAndUnsupportedFilesAreEachListedWithTheirError)
     const std::wstring oneByte = temp.CopyIn(CHostRun::Media(L"one-byte.wma"), L"broken\\one-byte.wma");
     const std::wstring garbage = temp.Write(L"broken\\garbage.wav", std::string(4096, '\x5A'));
 
-    const CChildProcess run = Probe(L"--json " + CChildProcess::Quote(temp.Path()));
+    const CChildProcess::Result run = Probe(L"--json " + CChildProcess::Quote(temp.Path()));
     EXPECT_EQ(1, run.exitCode) << run.errors; // some files failed, and the run still finished
     const CJsonValue doc = CJsonValue::Parse(run.output);
     ASSERT_EQ(5u, doc["files"].items.size()) << run.output;
@@ -66,7 +66,7 @@ TEST(ProbeRun, TextLinesNameEachFileAndAMissingNameDoesNotStopTheRun)
 {
     CTempFolder temp;
     const std::wstring notes = temp.Write(L"notes.txt", "x");
-    const CChildProcess run = Probe(L"--no-progress " + CChildProcess::Quote(temp.Path(L"gone.wav")) + L" " +
+    const CChildProcess::Result run = Probe(L"--no-progress " + CChildProcess::Quote(temp.Path(L"gone.wav")) + L" " +
                                     CChildProcess::Quote(notes));
     EXPECT_EQ(1, run.exitCode);
     EXPECT_NE(std::string::npos, run.output.find("0x80070002 HRESULT_FROM_WIN32(2)")) << run.output;
@@ -77,7 +77,7 @@ TEST(ProbeRun, TextLinesNameEachFileAndAMissingNameDoesNotStopTheRun)
 
 TEST(ProbeRun, ABadCommandLineSaysSoAndProbesNothing)
 {
-    const CChildProcess run = Probe(L"--no-such-option");
+    const CChildProcess::Result run = Probe(L"--no-such-option");
     EXPECT_EQ(2, run.exitCode);
     EXPECT_NE(std::string::npos, run.errors.find("--no-such-option"));
     EXPECT_TRUE(run.output.empty());
