@@ -146,30 +146,29 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     if (FAILED(hr))
         return hr;
 
+    // Formats whose own source filter is tried before automatic rendering.
+    static const struct
+    {
+        BOOL (*pfnTakes)(LPCWSTR pwszExt);
+        HRESULT (*pfnRender)(IGraphBuilder* pGraph, LPCWSTR pwszFile);
+        const char* pszFormat;
+        const char* pszSource;
+    } kSourcePaths[] = {
+        {IsMP3File, CSourceRenderer::RenderMP3File, "MP3", "WM ASF Reader"},
+        {IsOGGFile, CSourceRenderer::RenderOGGFile, "OGG", "ondrel OGG Reader"},
+        {IsFLACFile, CSourceRenderer::RenderFlacFile, "FLAC", "ondrel FLAC Reader"},
+    };
     LPCWSTR pwszExt = PathFindExtensionW(pwszFile);
-    if (IsMP3File(pwszExt))
+    for (const auto& path : kSourcePaths)
     {
-        hr = CSourceRenderer::RenderMP3File(m_pGB.Get(), pwszFile);
+        if (!path.pfnTakes(pwszExt))
+            continue;
+        hr = path.pfnRender(m_pGB.Get(), pwszFile);
         if (SUCCEEDED(hr))
             bRendered = TRUE;
         else
-            TESSALY_TRACE("E:CDShowPlayer::OpenFile> Failed to render this MP3 file using WM ASF Reader, we try the default rendering...");
-    }
-    if (IsOGGFile(pwszExt))
-    {
-        hr = CSourceRenderer::RenderOGGFile(m_pGB.Get(), pwszFile);
-        if (SUCCEEDED(hr))
-            bRendered = TRUE;
-        else
-            TESSALY_TRACE("E:CDShowPlayer::OpenFile> Failed to render this OGG file using ondrel OGG Reader, we try the default rendering...");
-    }
-    if (IsFLACFile(pwszExt))
-    {
-        hr = CSourceRenderer::RenderFlacFile(m_pGB.Get(), pwszFile);
-        if (SUCCEEDED(hr))
-            bRendered = TRUE;
-        else
-            TESSALY_TRACE("E:CDShowPlayer::OpenFile> Failed to render this FLAC file using ondrel FLAC Reader, we try the default rendering...");
+            TESSALY_TRACE("E:CDShowPlayer::OpenFile> Failed to render this %s file using %s, we try the default rendering...",
+                          path.pszFormat, path.pszSource);
     }
 
     if (!bRendered)

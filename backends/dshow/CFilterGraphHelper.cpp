@@ -53,12 +53,17 @@ HRESULT CFilterGraphHelper::AddFilterToGraph(IFilterGraph* pGraph, IBaseFilter* 
     return pGraph->AddFilter(pFilter, nullptr);
 }
 
-void CFilterGraphHelper::SuggestAllocatorProperties(IUnknown* pObject,
+void CFilterGraphHelper::SuggestAllocatorProperties(IUnknown* pUpstream, IUnknown* pDownstream,
                                                     const ALLOCATOR_PROPERTIES* pAllocatorProperties)
 {
-    CComPtr<IAMBufferNegotiation> negotiation;
-    if (SUCCEEDED(pObject->QueryInterface(IID_IAMBufferNegotiation, negotiation.Out())))
-        negotiation->SuggestAllocatorProperties(pAllocatorProperties);
+    if (!pAllocatorProperties)
+        return;
+    for (IUnknown* pObject : {pUpstream, pDownstream})
+    {
+        CComPtr<IAMBufferNegotiation> negotiation;
+        if (SUCCEEDED(pObject->QueryInterface(IID_IAMBufferNegotiation, negotiation.Out())))
+            negotiation->SuggestAllocatorProperties(pAllocatorProperties);
+    }
 }
 
 HRESULT CFilterGraphHelper::ConnectPins(IFilterGraph* pGraph, IPin* pOutput, IPin* pInput,
@@ -67,11 +72,7 @@ HRESULT CFilterGraphHelper::ConnectPins(IFilterGraph* pGraph, IPin* pOutput, IPi
 {
     if (!pGraph || !pOutput || !pInput)
         return E_POINTER;
-    if (pAllocatorProperties)
-    {
-        SuggestAllocatorProperties(pOutput, pAllocatorProperties);
-        SuggestAllocatorProperties(pInput, pAllocatorProperties);
-    }
+    SuggestAllocatorProperties(pOutput, pInput, pAllocatorProperties);
     return pGraph->ConnectDirect(pOutput, pInput, pMediaType);
 }
 
@@ -81,11 +82,7 @@ HRESULT CFilterGraphHelper::ConnectFilters(IFilterGraph* pGraph, IBaseFilter* pU
 {
     if (!pGraph || !pUpstream || !pDownstream)
         return E_POINTER;
-    if (pAllocatorProperties)
-    {
-        SuggestAllocatorProperties(pUpstream, pAllocatorProperties);
-        SuggestAllocatorProperties(pDownstream, pAllocatorProperties);
-    }
+    SuggestAllocatorProperties(pUpstream, pDownstream, pAllocatorProperties);
     CComPtr<IPin> output;
     HRESULT hr = FindOutputPin(pUpstream, &output);
     if (FAILED(hr))

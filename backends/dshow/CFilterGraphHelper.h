@@ -26,6 +26,7 @@ public:
                                   const ALLOCATOR_PROPERTIES* pAllocatorProperties);
 
 private:
-    static void SuggestAllocatorProperties(IUnknown* pObject,
+    // Each side that negotiates buffers hears the suggestion; none is made without properties.
+    static void SuggestAllocatorProperties(IUnknown* pUpstream, IUnknown* pDownstream,
                                            const ALLOCATOR_PROPERTIES* pAllocatorProperties);
 };
