@@ -3,6 +3,7 @@
 // one of these paths fails.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,24 @@ bool IsInputConnected(IBaseFilter* pFilter)
     return CFilterGraphHelper::FindInputPin(pFilter, &input) == S_OK && input->ConnectedTo(&peer) == S_OK;
 }
 
+// When the machine is busy, the platform now and then renders only the sound of a Windows Media
+// file whose video it renders on every other try. That is the platform's answer, not the
+// renderer choice under test, so such an open is made again a few times.
+HRESULT OpenWhole(CPlaybackHost& host, const char* pszName, TESSALY_FILEINFO* pInfo,
+                  const std::function<void()>& beforeEach = [] {})
+{
+    HRESULT hr = E_FAIL;
+    for (int nAttempt = 0; nAttempt < 4; ++nAttempt)
+    {
+        beforeEach();
+        hr = host.Open(CTestMedia::Path(pszName), pInfo);
+        if (hr != TESSALY_S_PARTIAL_RENDER)
+            break;
+        EXPECT_EQ(S_OK, host.Player().CloseFile());
+    }
+    return hr;
+}
+
 bool HasFilterNamed(IGraphBuilder* pGraph, LPCWSTR pwszName)
 {
     CComPtr<IBaseFilter> filter;
@@ -48,13 +67,13 @@ TEST(DShowGraph, AWindowsMediaVideo9HeaderBringsTheVMR9WhichTakesTheVideo)
     // The platform's editor is a stub that cannot answer, which counts as no template.
     CPlaybackHost host;
     TESSALY_FILEINFO info = {};
-    ASSERT_EQ(S_OK, host.Open(CTestMedia::Path("wmv9.wmv"), &info));
+    ASSERT_EQ(S_OK, OpenWhole(host, "wmv9.wmv", &info));
     const CComPtr<IBaseFilter> vmr = FilterOfClass(host.DShow().Graph(), CLSID_VideoMixingRenderer9);
     ASSERT_TRUE(vmr);
     EXPECT_TRUE(IsInputConnected(vmr.Get()));
     EXPECT_EQ(0u, info.dwAttributeMask & TESSALY_FILEINFO_AUDIO_ONLY);
 
-    ASSERT_EQ(S_OK, host.Open(CTestMedia::Path("clip.wmv"), &info));
+    ASSERT_EQ(S_OK, OpenWhole(host, "clip.wmv", &info));
     EXPECT_FALSE(FilterOfClass(host.DShow().Graph(), CLSID_VideoMixingRenderer9)) << "WMV2 has no use for it";
 }
 
@@ -97,7 +116,7 @@ TEST(DShowGraph, TheDeviceConformanceTemplateDecidesBetweenVMR9AndTheDefaultRend
         host.DShow().editorFactory = [&](IWMMetadataEditor** ppEditor) {
             return CFakeMetadataEditor::Create(test.options, &log, ppEditor);
         };
-        ASSERT_EQ(S_OK, host.Open(CTestMedia::Path("wmv9.wmv"), nullptr));
+        ASSERT_EQ(S_OK, OpenWhole(host, "wmv9.wmv", nullptr, [&] { log.clear(); }));
         EXPECT_EQ(test.bVMR9, static_cast<bool>(FilterOfClass(host.DShow().Graph(), CLSID_VideoMixingRenderer9)));
         EXPECT_EQ(test.log, log);
         ASSERT_EQ(S_OK, host.Player().CloseFile());
