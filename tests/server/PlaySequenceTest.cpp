@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "CClassObjectRegistration.h"
+#include "CFakeSourceFilter.h"
 #include "CTestMedia.h"
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
@@ -172,6 +174,55 @@ TEST_F(PlaySequence, PausedPlaybackReportsNoProgress)
     const int nBefore = Count("progress");
     PumpUntil([] { return false; }, 600);
     EXPECT_EQ(nBefore, Count("progress"));
+    EXPECT_EQ(S_OK, m_play->CloseFile());
+}
+
+// Every file here plays to its end, so the error comes the way a failing filter raises it: an Ogg
+// source of the test's own, which the engine creates by its class identifier, lends the test the
+// graph it joined, and the test aborts that graph while the file plays.
+TEST_F(PlaySequence, AnErrorWhilePlayingArrivesOnceAfterTheStopAndLaterOnesAreDropped)
+{
+    std::vector<std::string> filterLog;
+    CComPtr<IMediaEventSink> graphEvents;
+    CFakeSourceFilter::Options options;
+    options.onJoin = [&](IFilterGraph* pGraph) {
+        if (pGraph)
+            pGraph->QueryInterface(IID_IMediaEventSink, graphEvents.Out());
+    };
+    CClassObjectRegistration installed(CLSID_OggSourceFilter, [&](REFIID riid, void** ppv) {
+        return CFakeSourceFilter::Create(options, &filterLog, riid, ppv);
+    });
+    ASSERT_EQ(S_OK, installed.Registered());
+    ASSERT_EQ(S_OK, Open("tone.ogg"));
+    ASSERT_TRUE(graphEvents) << "the engine built its graph on the test's source";
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Count("progress") >= 2; }, 10000));
+
+    TESSALY_PLAYBACK_STATE stateHeard = Playback_State_Busy;
+    m_sink.onEvent = [&](const char* pszEvent) {
+        if (std::string(pszEvent) == "error")
+        {
+            EXPECT_EQ(S_OK, m_play->GetState(&stateHeard, nullptr));
+        }
+    };
+    ASSERT_EQ(S_OK, graphEvents->Notify(EC_ERRORABORT, VFW_E_SAMPLE_TIME_NOT_SET, 0));
+    ASSERT_TRUE(PumpUntil([&] { return Count("error") > 0; }, 5000));
+    EXPECT_EQ(Playback_State_Stop, stateHeard) << "the engine stops before the host hears of it";
+    ASSERT_GE(m_log.size(), 2u);
+    EXPECT_EQ("error", m_log.back().event);
+    EXPECT_EQ(VFW_E_SAMPLE_TIME_NOT_SET, m_log.back().hrError);
+    const CRecordingSink::Entry& last = m_log[m_log.size() - 2];
+    EXPECT_EQ("progress", last.event) << "the last position comes first";
+    EXPECT_EQ(Playback_State_Play, last.state);
+
+    // Stopped, the engine drops a further error, and the aborted file never completes.
+    const size_t nBefore = m_log.size();
+    ASSERT_EQ(S_OK, graphEvents->Notify(EC_ERRORABORT, E_FAIL, 0));
+    PumpUntil([] { return false; }, 2500);
+    EXPECT_EQ(nBefore, m_log.size());
+    EXPECT_EQ(1, Count("error"));
+    EXPECT_EQ(0, Count("complete"));
+    graphEvents.Reset();
     EXPECT_EQ(S_OK, m_play->CloseFile());
 }
 
