@@ -10,6 +10,7 @@
 
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
+#include "InfoWindows.h"
 
 namespace {
 
@@ -161,31 +162,6 @@ TEST_F(PlayArguments, ParentWindowMustBeAWindowOrNull)
     EXPECT_EQ(E_INVALIDARG, m_play->GetParentWindow(nullptr));
     GuardedPages readOnly(PAGE_READONLY);
     EXPECT_EQ(E_INVALIDARG, m_play->GetParentWindow(readOnly.EndingAtGuard<LONG>()));
-}
-
-struct ChildSearch
-{
-    HWND hFound;
-    int count;
-};
-
-BOOL CALLBACK FindInfoWindow(HWND hWnd, LPARAM lParam)
-{
-    WCHAR wsz[64];
-    auto* search = reinterpret_cast<ChildSearch*>(lParam);
-    if (GetClassNameW(hWnd, wsz, 64) && lstrcmpW(wsz, L"INFOWND.Display.WndClass") == 0)
-    {
-        search->hFound = hWnd;
-        ++search->count;
-    }
-    return TRUE;
-}
-
-ChildSearch InfoWindowsOf(HWND hParent)
-{
-    ChildSearch search = {nullptr, 0};
-    EnumChildWindows(hParent, FindInfoWindow, reinterpret_cast<LPARAM>(&search));
-    return search;
 }
 
 TEST_F(PlayArguments, TheInformationWindowAppearsOnlyForASizeOtherThanTheParents)
