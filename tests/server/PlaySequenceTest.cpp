@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -175,6 +176,70 @@ TEST_F(PlaySequence, PausedPlaybackReportsNoProgress)
     PumpUntil([] { return false; }, 600);
     EXPECT_EQ(nBefore, Count("progress"));
     EXPECT_EQ(S_OK, m_play->CloseFile());
+}
+
+// The sink list as a host meets it while a real file plays: slots in advise order, a freed slot
+// taken by the next sink, failing sinks kept, and a sink on the CD point alone hearing nothing of
+// a file.
+TEST_F(PlaySequence, SinksHearAFileInSlotOrderWhateverTheyAnswer)
+{
+    std::vector<std::unique_ptr<CRecordingSink>> sinks;
+    std::vector<DWORD> cookies;
+    for (const char* pszName : {"s1", "s2", "s3", "s4", "s5"})
+    {
+        sinks.push_back(std::make_unique<CRecordingSink>(pszName, &m_log));
+        cookies.push_back(0);
+        ASSERT_EQ(S_OK, m_events->Advise(sinks.back().get(), &cookies.back()));
+    }
+    sinks[2]->answer = E_FAIL;
+    ASSERT_EQ(S_OK, m_events->Unadvise(cookies[1]));
+    CRecordingSink late("late", &m_log);
+    DWORD dwLate = 0;
+    ASSERT_EQ(S_OK, m_events->Advise(&late, &dwLate));
+
+    CComPtr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
+    CComPtr<IConnectionPoint> cdEvents;
+    ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayCDEvents, &cdEvents));
+    CRecordingSink cdOnly("cd", &m_log);
+    DWORD dwCD = 0;
+    ASSERT_EQ(S_OK, cdEvents->Advise(&cdOnly, &dwCD));
+    CRecordingSink deaf("deaf", &m_log);
+    deaf.bAnswersPlayEvents = false;
+    DWORD dwDeaf = 0xDEAD;
+    EXPECT_EQ(CONNECT_E_CANNOTCONNECT, m_events->Advise(&deaf, &dwDeaf));
+    EXPECT_EQ(0u, dwDeaf);
+    EXPECT_EQ(0, deaf.OutsideRefs());
+
+    ASSERT_EQ(S_OK, Open("tone.wav"));
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Count("complete") == 6; }, 15000));
+
+    std::vector<std::string> completed;
+    int nHostProgress = 0, nFailingProgress = 0;
+    for (const auto& e : m_log)
+    {
+        if (e.event == "complete")
+            completed.push_back(e.sink);
+        nHostProgress += e.sink == "host" && e.event == "progress";
+        nFailingProgress += e.sink == "s3" && e.event == "progress";
+        EXPECT_NE("cd", e.sink) << "a file has no tracks to complete";
+        EXPECT_NE("s2", e.sink) << "unadvised before the file";
+    }
+    EXPECT_EQ((std::vector<std::string>{"host", "s1", "late", "s3", "s4", "s5"}), completed);
+    EXPECT_GE(nHostProgress, 8);
+    EXPECT_EQ(nHostProgress, nFailingProgress) << "a sink's failures do not cut it off";
+
+    EXPECT_EQ(S_OK, cdEvents->Unadvise(dwCD));
+    EXPECT_EQ(S_OK, m_events->Unadvise(dwLate));
+    for (size_t i = 0; i < sinks.size(); ++i)
+    {
+        if (i != 1)
+        {
+            EXPECT_EQ(S_OK, m_events->Unadvise(cookies[i]));
+        }
+        EXPECT_EQ(0, sinks[i]->OutsideRefs());
+    }
 }
 
 // Every file here plays to its end, so the error comes the way a failing filter raises it: an Ogg
