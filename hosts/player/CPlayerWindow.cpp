@@ -453,6 +453,8 @@ void CPlayerWindow::TakeScreenshot()
     if (m_bScreenshotDone || m_options.Screenshot().empty())
         return;
     m_bScreenshotDone = true;
+    // Paint what is still pending (the engine's panel after the last open) before reading it.
+    RedrawWindow(m_hWnd, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
     const HRESULT hr = CScreenshot::Save(m_hWnd, m_options.Screenshot());
     if (SUCCEEDED(hr))
         m_log.Write("screenshot", CFullPath::Of(m_options.Screenshot()));

@@ -31,19 +31,18 @@ HRESULT CScreenshot::Save(HWND hWnd, const std::wstring& path)
     RECT rc;
     if (!GetClientRect(hWnd, &rc) || rc.right <= 0 || rc.bottom <= 0)
         return E_INVALIDARG;
-    POINT ptOrigin = {0, 0};
-    ClientToScreen(hWnd, &ptOrigin);
 
-    // Read back from the screen rather than asking the window to paint: video is drawn by the
-    // renderer straight to the screen and a window's own painting would leave it out.
-    HDC hdcScreen = GetDC(nullptr);
-    HDC hdcMem = CreateCompatibleDC(hdcScreen);
-    HBITMAP hBitmap = CreateCompatibleBitmap(hdcScreen, rc.right, rc.bottom);
+    // Read back what the window holds rather than asking it to paint, so that what the renderer
+    // drew into it stays in; and from the window, not the screen, so that another program's
+    // window over it does not end up in the picture.
+    HDC hdcWindow = GetDC(hWnd);
+    HDC hdcMem = CreateCompatibleDC(hdcWindow);
+    HBITMAP hBitmap = CreateCompatibleBitmap(hdcWindow, rc.right, rc.bottom);
     HRESULT hr = E_OUTOFMEMORY;
     if (hdcMem && hBitmap)
     {
         HGDIOBJ hOld = SelectObject(hdcMem, hBitmap);
-        const BOOL bCopied = BitBlt(hdcMem, 0, 0, rc.right, rc.bottom, hdcScreen, ptOrigin.x, ptOrigin.y, SRCCOPY);
+        const BOOL bCopied = BitBlt(hdcMem, 0, 0, rc.right, rc.bottom, hdcWindow, 0, 0, SRCCOPY);
         SelectObject(hdcMem, hOld);
         hr = bCopied ? SaveBitmap(hBitmap, path) : HRESULT_FROM_WIN32(GetLastError());
     }
@@ -51,7 +50,7 @@ HRESULT CScreenshot::Save(HWND hWnd, const std::wstring& path)
         DeleteObject(hBitmap);
     if (hdcMem)
         DeleteDC(hdcMem);
-    ReleaseDC(nullptr, hdcScreen);
+    ReleaseDC(hWnd, hdcWindow);
     return hr;
 }
 

@@ -1,4 +1,4 @@
-// Writes what a window shows on screen, children and video included, to a PNG file.
+// Writes what a window shows, children and video included, to a PNG file.
 #pragma once
 
 #include <windows.h>
