@@ -1,4 +1,5 @@
 #include "CPlaybackHost.h"
+#include "tests/support/MessagePump.h"
 
 #include <objbase.h>
 
@@ -71,23 +72,7 @@ HRESULT CPlaybackHost::Open(const std::wstring& path, TESSALY_FILEINFO* pInfo, D
 
 bool CPlaybackHost::PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs)
 {
-    const ULONGLONG start = GetTickCount64();
-    for (;;)
-    {
-        MSG msg;
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
-        {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
-        if (done())
-            return true;
-        const ULONGLONG elapsed = GetTickCount64() - start;
-        if (elapsed >= dwTimeoutMs)
-            return false;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(dwTimeoutMs - elapsed),
-                                  QS_ALLINPUT);
-    }
+    return PumpMessagesUntil(done, dwTimeoutMs);
 }
 
 void CPlaybackHost::PumpFor(DWORD dwMs)
