@@ -17,7 +17,6 @@
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
 #include "tests/support/CRecordingSink.h"
-#include "tests/support/MessagePump.h"
 
 namespace {
 
@@ -52,7 +51,21 @@ protected:
     // Pumps the thread's messages, as a host's loop does, until done() or the time is up.
     bool PumpUntil(const std::function<bool()>& done, DWORD dwMilliseconds)
     {
-        return PumpMessagesUntil(done, dwMilliseconds);
+        const DWORD dwEnd = GetTickCount() + dwMilliseconds;
+        while (!done())
+        {
+            const LONG lLeft = static_cast<LONG>(dwEnd - GetTickCount());
+            if (lLeft <= 0)
+                return false;
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(lLeft), QS_ALLINPUT);
+            MSG msg;
+            while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
+            {
+                TranslateMessage(&msg);
+                DispatchMessageW(&msg);
+            }
+        }
+        return true;
     }
     int Count(const char* pszEvent) const
     {

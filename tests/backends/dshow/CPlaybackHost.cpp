@@ -1,5 +1,4 @@
 #include "CPlaybackHost.h"
-#include "tests/support/MessagePump.h"
 
 #include <objbase.h>
 
@@ -72,7 +71,23 @@ HRESULT CPlaybackHost::Open(const std::wstring& path, TESSALY_FILEINFO* pInfo, D
 
 bool CPlaybackHost::PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs)
 {
-    return PumpMessagesUntil(done, dwTimeoutMs);
+    const ULONGLONG start = GetTickCount64();
+    for (;;)
+    {
+        MSG msg;
+        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
+        {
+            TranslateMessage(&msg);
+            DispatchMessageW(&msg);
+        }
+        if (done())
+            return true;
+        const ULONGLONG elapsed = GetTickCount64() - start;
+        if (elapsed >= dwTimeoutMs)
+            return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(dwTimeoutMs - elapsed),
+                                  QS_ALLINPUT);
+    }
 }
 
 void CPlaybackHost::PumpFor(DWORD dwMs)

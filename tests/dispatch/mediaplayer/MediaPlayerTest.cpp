@@ -1,5 +1,4 @@
 #include "MediaPlayerTest.h"
-#include "tests/support/MessagePump.h"
 
 #include <cstdio>
 
@@ -114,7 +113,24 @@ void MediaPlayerTest::OpenAndPlay(LPCWSTR pwszFile)
 
 bool MediaPlayerTest::PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs)
 {
-    return PumpMessagesUntil(done, dwTimeoutMs);
+    const ULONGLONG start = GetTickCount64();
+    for (;;)
+    {
+        MSG msg;
+        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
+        {
+            TranslateMessage(&msg);
+            DispatchMessageW(&msg);
+            if (done())
+                return true;
+        }
+        if (done())
+            return true;
+        const ULONGLONG elapsed = GetTickCount64() - start;
+        if (elapsed >= dwTimeoutMs)
+            return false;
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(dwTimeoutMs - elapsed), QS_ALLINPUT);
+    }
 }
 
 void MediaPlayerTest::PumpFor(DWORD dwMs)
