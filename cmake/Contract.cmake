@@ -3,8 +3,10 @@
 set(TESSALY_GENERATED_DIR ${CMAKE_BINARY_DIR}/generated)
 set(TESSALY_IDL ${CMAKE_SOURCE_DIR}/engine/Tessaly.idl)
 set(TESSALY_TLB ${TESSALY_GENERATED_DIR}/Tessaly.tlb)
-set(_widl ${TESSALY_WIDL} --win32 -I/usr/include/wine/wine/windows
-  -L/usr/lib/i386-linux-gnu/wine/i386-windows)
+# stdole2.tlb, which the IDL imports, comes with 64-bit Wine, installed on every machine; a type
+# library records only the imported library's identity, so one copy serves both targets.
+set(_widl ${TESSALY_WIDL} ${TESSALY_WIDL_TARGET} -I/usr/include/wine/wine/windows
+  -L/usr/lib/x86_64-linux-gnu/wine/x86_64-windows)
 file(MAKE_DIRECTORY ${TESSALY_GENERATED_DIR})
 
 add_custom_command(
@@ -35,3 +37,9 @@ target_compile_definitions(tessaly_proxy PRIVATE REGISTER_PROXY_DLL PROXY_DELEGA
 target_include_directories(tessaly_proxy PRIVATE ${CMAKE_SOURCE_DIR}/rpcframes)
 target_compile_options(tessaly_proxy PRIVATE -Wno-incompatible-pointer-types
   -include ${CMAKE_SOURCE_DIR}/rpcframes/ProxyPrelude.h)
+if(TESSALY_TARGET STREQUAL "x86_64")
+  # x86-64 finds handlers through unwind tables: a handler of our own serves widl's frames. A
+  # function split into hot and cold parts would have two table entries, so keep each one whole.
+  target_sources(tessaly_proxy PRIVATE ${CMAKE_SOURCE_DIR}/rpcframes/ExceptionFramesX64.c)
+  target_compile_options(tessaly_proxy PRIVATE -fno-reorder-blocks-and-partition)
+endif()

@@ -4,6 +4,7 @@
 
 #include <new>
 
+#include "engine/CComPtr.h"
 #include "engine/CRegistrar.h"
 #include "engine/Trace.h"
 
@@ -93,13 +94,10 @@ HRESULT CDllModule::RegisterServer()
     if (FAILED(hr))
         return hr;
 
-    ITypeLib* pTypeLib = nullptr;
+    CComPtr<ITypeLib> pTypeLib;
     hr = LoadTypeLibEx(wszPath, REGKIND_NONE, &pTypeLib);
     if (SUCCEEDED(hr))
-    {
-        hr = RegisterTypeLib(pTypeLib, wszPath, nullptr);
-        pTypeLib->Release();
-    }
+        hr = RegisterTypeLib(pTypeLib.Get(), wszPath, nullptr);
     return hr;
 }
 
@@ -108,7 +106,21 @@ HRESULT CDllModule::UnregisterServer()
     PrxDllUnregisterServer();
     for (size_t i = 0; i < m_nEntries; ++i)
         CRegistrar::UnregisterClassEntry(m_pTable[i]);
-    return UnRegisterTypeLib(*m_plibid, 1, 0, 0x0409, SYS_WIN32);
+    // The embedded library names its own version, locale and system kind (32- or 64-bit
+    // Windows), which is what registration wrote under.
+    WCHAR wszPath[MAX_PATH];
+    HRESULT hr = ModulePath(wszPath);
+    CComPtr<ITypeLib> pTypeLib;
+    if (SUCCEEDED(hr))
+        hr = LoadTypeLibEx(wszPath, REGKIND_NONE, &pTypeLib);
+    TLIBATTR* pAttr = nullptr;
+    if (SUCCEEDED(hr))
+        hr = pTypeLib->GetLibAttr(&pAttr);
+    if (FAILED(hr))
+        return hr;
+    hr = UnRegisterTypeLib(pAttr->guid, pAttr->wMajorVerNum, pAttr->wMinorVerNum, pAttr->lcid, pAttr->syskind);
+    pTypeLib->ReleaseTLibAttr(pAttr);
+    return hr;
 }
 
 void CDllModule::InitQT()

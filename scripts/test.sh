@@ -1,27 +1,52 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds Release and Debug, and runs every test of both under Wine in
+# Installs what is missing, builds both targets, and runs the Wine suites this machine can run, in
 # one Xvfb display. Arguments go to ctest (for example: -R FitVideoRect).
+#
+# x86_64: Release and Debug built and tested everywhere, since 64-bit Wine runs everywhere.
+# i686 (the product): built in Release everywhere (warnings as errors, export and no-trace checks);
+# where this machine executes 32-bit code, its Release and Debug suites run too, and the 64-bit
+# target runs its Release suite only, so that each build type still runs on each machine.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 bash "$root/scripts/setup.sh"
 source "$root/scripts/build.sh"
+source "$root/scripts/targets.sh"
 
-tessaly_build Release "$root/build-release"
-tessaly_build Debug "$root/build"
+if tessaly_can_run_win32; then
+  echo "test: this machine executes 32-bit code: the i686 suites (Release, Debug) and the x86_64 Release suite run"
+  tested=(i686-release i686-debug x86_64-release)
+  built_only=()
+else
+  echo "test: this machine cannot execute 32-bit x86 code: the x86_64 suites (Release, Debug) run; the i686 target is built and statically checked only"
+  tested=(x86_64-release x86_64-debug)
+  built_only=(i686-release)
+fi
+
+dirs=()
+for b in "${tested[@]}" "${built_only[@]}"; do
+  target=${b%-*}
+  config=Release
+  [ "${b#*-}" = debug ] && config=Debug
+  echo "== building $target $config"
+  tessaly_build "$target" "$config" "$root/build/$b"
+done
+for b in "${tested[@]}"; do dirs+=("$root/build/$b"); done
 
 xvfb-run -a -n $((100 + RANDOM % 800)) -s "-screen 0 1280x1024x24 -nolisten tcp" bash -c '
   set -u
   rc=0
-  dirs=("$1" "$2")
-  shift 2
+  n=$1
+  shift
+  dirs=("${@:1:$n}")
+  shift "$n"
   for dir in "${dirs[@]}"; do
     cd "$dir"
     # Makes the prefix and starts its services before tests run in parallel; test discovery
     # would otherwise wait on services that inherited its output pipe.
     ./wine-run cmd /c exit >/dev/null 2>&1 || true
-    WINEPREFIX="$PWD/wineprefix" wineserver -p
+    ./wine-run --wineserver -p
     echo "== tests of $dir"
     ctest --output-on-failure -j "$(nproc)" "$@" || rc=1
-    WINEPREFIX="$PWD/wineprefix" wineserver -k || true
+    ./wine-run --wineserver -k || true
   done
-  exit $rc' bash "$root/build-release" "$root/build" "$@"
+  exit $rc' bash "${#dirs[@]}" "${dirs[@]}" "$@"

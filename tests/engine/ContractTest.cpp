@@ -174,7 +174,8 @@ TEST_F(TypeLibrary, LibraryIdentityMatchesTheContract)
     ASSERT_EQ(S_OK, m_lib->GetLibAttr(&pAttr));
     EXPECT_TRUE(IsEqualGUID(pAttr->guid, LIBID_TESSALYLib));
     EXPECT_EQ(0x0409u, pAttr->lcid);
-    EXPECT_EQ(SYS_WIN32, pAttr->syskind);
+    // The library describes the target it was built for: 32-bit Windows (the product) or 64-bit.
+    EXPECT_EQ(sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32, pAttr->syskind);
     EXPECT_EQ(1, pAttr->wMajorVerNum);
     EXPECT_EQ(0, pAttr->wMinorVerNum);
     m_lib->ReleaseTLibAttr(pAttr);
@@ -202,7 +203,7 @@ TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
         EXPECT_EQ(0, pAttr->wTypeFlags & (TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE));
         EXPECT_EQ(itf.methods.size(), pAttr->cFuncs);
         EXPECT_EQ(1, pAttr->cImplTypes);
-        EXPECT_EQ((itf.firstSlot + itf.methods.size()) * 4, pAttr->cbSizeVft);
+        EXPECT_EQ((itf.firstSlot + itf.methods.size()) * sizeof(void*), pAttr->cbSizeVft) << "a slot is a pointer";
         info->ReleaseTypeAttr(pAttr);
 
         HREFTYPE hBase = 0;
@@ -219,7 +220,7 @@ TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
             ASSERT_EQ(S_OK, info->GetFuncDesc(static_cast<UINT>(i), &pFunc));
             EXPECT_EQ(Narrow(m.name), NameOf(info.Get(), pFunc->memid));
             EXPECT_EQ(static_cast<MEMBERID>(0x60000000 + itf.level * 0x10000 + static_cast<int>(i)), pFunc->memid);
-            EXPECT_EQ((itf.firstSlot + static_cast<int>(i)) * 4, pFunc->oVft);
+            EXPECT_EQ((itf.firstSlot + static_cast<int>(i)) * static_cast<int>(sizeof(void*)), pFunc->oVft);
             EXPECT_EQ(CC_STDCALL, pFunc->callconv);
             EXPECT_EQ(FUNC_PUREVIRTUAL, pFunc->funckind);
             EXPECT_EQ(VT_HRESULT, pFunc->elemdescFunc.tdesc.vt);

@@ -12,8 +12,24 @@
 #include "engine/TessalyContract.h"
 
 extern "C" HRESULT WINAPI PrxDllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
+#if defined(__x86_64__)
+extern "C" EXCEPTION_REGISTRATION_RECORD* tessaly_rpc_get_frame(void);
+#endif
 
 namespace {
+
+// The newest exception frame the proxy code sees on this thread: the system's chain on 32-bit
+// x86, the frames' own list on x86-64.
+void* NewestFrame()
+{
+#if defined(__x86_64__)
+    return tessaly_rpc_get_frame();
+#else
+    void* pFrame = nullptr;
+    __asm__ __volatile__("movl %%fs:0,%0" : "=r"(pFrame));
+    return pFrame;
+#endif
+}
 
 // The proxy class is named after the first interface of the proxy table.
 const CLSID& kProxyClass = IID_IPlay2;
@@ -234,6 +250,22 @@ TEST_F(ProxyStub, ANullReferenceIsRefusedByTheProxyAndLaterCallsStillWork)
     EXPECT_EQ(12.5, info.dDuration);
     EXPECT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(path, nullptr));
     EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
+}
+
+// A frame left behind would point into a dead stack and take the next exception anywhere.
+TEST_F(ProxyStub, RefusedCallsLeaveNoExceptionFrameBehind)
+{
+    void* const pBefore = NewestFrame();
+    TESSALY_FILEINFO info = {};
+    WCHAR path[] = L"C:\\Media\\song.mp3";
+    for (int i = 0; i < 1000; ++i)
+    {
+        ASSERT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(i % 2 ? nullptr : path,
+                                                                                 i % 2 ? &info : nullptr));
+        ASSERT_EQ(pBefore, NewestFrame()) << "after call " << i;
+    }
+    EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
+    EXPECT_EQ(pBefore, NewestFrame());
 }
 
 TEST_F(ProxyStub, ACallToAVanishedApartmentFailsInsteadOfCrashing)

@@ -119,8 +119,9 @@ void ExpectRegistered()
 
     const std::wstring typeLibKey = L"TypeLib\\" + GuidString(LIBID_TESSALYLib) + L"\\1.0";
     EXPECT_EQ(L"Tessaly 1.0 Type Library", Value(typeLibKey));
-    EXPECT_EQ(0, lstrcmpiW(kServerPath, Value(typeLibKey + L"\\409\\win32").c_str()))
-        << Narrow(Value(typeLibKey + L"\\409\\win32"));
+    // Registered under the system kind of the library's target, in this process's registry view.
+    const std::wstring pathKey = typeLibKey + (sizeof(void*) == 8 ? L"\\409\\win64" : L"\\409\\win32");
+    EXPECT_EQ(0, lstrcmpiW(kServerPath, Value(pathKey).c_str())) << Narrow(Value(pathKey));
 }
 
 void ExpectUnregistered()

@@ -29,6 +29,9 @@ ff -f lavfi -i "$picture" -f lavfi -i "$tone" -c:v mpeg4 -vtag DIVX -b:v 200k -c
 ff -f lavfi -i "$picture" -c:v mpeg1video -b:v 400k -minrate 400k -maxrate 400k -bufsize 200k \
   -muxrate 1M -f mpeg clip.mpg
 
+# A red field: the tests look for its pixels where the player places the video.
+ff -f lavfi -i "color=c=0xff0000:size=160x120:rate=25:duration=10" -c:v mpeg4 -q:v 2 -pix_fmt yuv420p red.avi
+
 for f in tone.wav tone.mp3 tone.wma tone.ogg tone.flac tone.mpa clip.wmv clip.asf clip.avi clip.divx clip.mpg; do
   ffprobe -v error -show_entries stream=duration,width,height -of default=noprint_wrappers=1 "$f" |
     awk -F= -v name="$f" '
