@@ -41,5 +41,8 @@ if(TESSALY_TARGET STREQUAL "x86_64")
   # x86-64 finds handlers through unwind tables: a handler of our own serves widl's frames. A
   # function split into hot and cold parts would have two table entries, so keep each one whole.
   target_sources(tessaly_proxy PRIVATE ${CMAKE_SOURCE_DIR}/rpcframes/ExceptionFramesX64.c)
+  # Our own code, unlike the generated files beside it: the project's warnings apply.
+  set_source_files_properties(${CMAKE_SOURCE_DIR}/rpcframes/ExceptionFramesX64.c PROPERTIES
+    COMPILE_OPTIONS "-Wall;-Wextra;-Wshadow;-Wcast-qual;-Wformat=2;-Wmissing-prototypes;-Wundef;-Werror")
   target_compile_options(tessaly_proxy PRIVATE -fno-reorder-blocks-and-partition)
 endif()

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # The main job, for a newcomer: installs what is missing, builds, registers the engine in the
 # build's own Wine prefix, makes a short sample video and audio file, plays them one after the
-# other in the host player (its event log on this terminal), writes a screenshot of the player while the video plays
-# and says where it is, then probes the samples.
+# other in the host player (its event log on this terminal), writes a screenshot of the player
+# while the video plays and says where it is, then probes the samples.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 bash "$root/scripts/setup.sh"
@@ -38,13 +38,13 @@ xvfb-run -a -n $((100 + RANDOM % 800)) -s "-screen 0 1280x1024x24 -nolisten tcp"
   ./wine-run --wineserver -p || true   # one server for every step below
   trap "./wine-run --wineserver -k || true" EXIT
   ./wine-run regsvr32 /s "$2"
-  echo "== the host player: the audio sample (information panel with its cover), then the video"
+  echo "== the host player: the video sample (the screenshot is taken while it plays), then the audio sample (information panel with its cover)"
   played=0
-  ./wine-run hosts/player.exe --log --exit-after-complete --screenshot "$3" --screenshot-after 4.5 \
+  ./wine-run hosts/player.exe --log --exit-after-complete --screenshot "$3" --screenshot-after 1.5 \
     "$4" "$5" 2>/dev/null || played=$?
   echo "== the media probe, on the samples folder"
   ./wine-run hosts/probe.exe "$6" 2>/dev/null || echo "(the probe lists above the files it could not answer for)"
   exit $played
 ' bash "$build" "$(winpath "$build/engine/tessaly.dll")" "$(winpath "$screenshot")" \
-  "$(winpath "$samples/sample-audio.mp3")" "$(winpath "$samples/sample-video.wmv")" "$(winpath "$samples")"
+  "$(winpath "$samples/sample-video.wmv")" "$(winpath "$samples/sample-audio.mp3")" "$(winpath "$samples")"
 echo "screenshot of the player: $screenshot"
