@@ -20,19 +20,12 @@
 #include <windows.h>
 #include <excpt.h>
 
+#include "ExceptionFlags.h"
+
 #if !defined(__x86_64__)
 #error "These exception frames are written for x86-64 only"
 #endif
 
-#ifndef EH_UNWINDING
-#define EH_UNWINDING 0x02
-#endif
-#ifndef EH_EXIT_UNWIND
-#define EH_EXIT_UNWIND 0x04
-#endif
-#ifndef EH_NESTED_CALL
-#define EH_NESTED_CALL 0x10
-#endif
 
 #ifdef __cplusplus
 extern "C" {

@@ -14,19 +14,12 @@
 #include <windows.h>
 #include <excpt.h>
 
+#include "ExceptionFlags.h"
+
 #if !defined(__i386__)
 #error "These exception frames are written for 32-bit x86 only"
 #endif
 
-#ifndef EH_UNWINDING
-#define EH_UNWINDING 0x02
-#endif
-#ifndef EH_EXIT_UNWIND
-#define EH_EXIT_UNWIND 0x04
-#endif
-#ifndef EH_NESTED_CALL
-#define EH_NESTED_CALL 0x10
-#endif
 
 /* reg[0..4]: GCC's builtin buffer; reg[8]: the frame registered with it. */
 typedef struct { int reg[16]; } __wine_jmp_buf;
