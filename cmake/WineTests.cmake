@@ -30,14 +30,12 @@ function(tessaly_test name)
   target_link_options(${name} PRIVATE -static)
   target_compile_options(${name} PRIVATE ${TESSALY_TEST_COMPILE_OPTIONS})
   tessaly_warnings(${name})
+  set(discover ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${name}.")
   if(T_GL_RENDERER_CASES)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${name}."
-      TEST_FILTER "-${T_GL_RENDERER_CASES}" PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${name}."
-      TEST_FILTER "${T_GL_RENDERER_CASES}"
+    gtest_discover_tests(${discover} TEST_FILTER "-${T_GL_RENDERER_CASES}" PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
+    gtest_discover_tests(${discover} TEST_FILTER "${T_GL_RENDERER_CASES}"
       PROPERTIES TIMEOUT 120 ENVIRONMENT "WINE_D3D_CONFIG=renderer=gl" ${T_PROPERTIES})
   else()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${name}."
-      PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
+    gtest_discover_tests(${discover} PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
   endif()
 endfunction()

@@ -64,17 +64,20 @@ __attribute__((noinline)) void tessaly_rpc_push_frame(EXCEPTION_REGISTRATION_REC
     t_newest = jmp;
 }
 
+static __wine_jmp_buf* BufferOf(EXCEPTION_REGISTRATION_RECORD* frame)
+{
+    __wine_jmp_buf* jmp = t_newest;
+    while (jmp && jmp->frame != frame)
+        jmp = jmp->prev;
+    return jmp;
+}
+
 /* Pops the frame and every newer one; a frame no longer on the list is left alone. */
 void tessaly_rpc_pop_frame(EXCEPTION_REGISTRATION_RECORD* frame)
 {
-    for (__wine_jmp_buf* jmp = t_newest; jmp; jmp = jmp->prev)
-    {
-        if (jmp->frame == frame)
-        {
-            t_newest = jmp->prev;
-            return;
-        }
-    }
+    __wine_jmp_buf* jmp = BufferOf(frame);
+    if (jmp)
+        t_newest = jmp->prev;
 }
 
 static __wine_jmp_buf* FrameOf(void* establisher)
@@ -109,9 +112,7 @@ EXCEPTION_DISPOSITION tessaly_rpc_frame_handler(EXCEPTION_RECORD* record, void* 
 
 void tessaly_rpc_unwind(EXCEPTION_REGISTRATION_RECORD* frame, EXCEPTION_RECORD* record, void (*target)(void))
 {
-    __wine_jmp_buf* jmp = t_newest;
-    while (jmp && jmp->frame != frame)
-        jmp = jmp->prev;
+    __wine_jmp_buf* jmp = BufferOf(frame);
     if (jmp)
     {
         CONTEXT scratch;
