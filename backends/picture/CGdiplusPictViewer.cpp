@@ -299,10 +299,16 @@ HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD 
         StopFadeTimer();
         EndFade();
     }
+    // Without the flag the new picture replaces the old at once, even when it interrupts a fade.
     if (bWasShowing && (dwOpenFlags & TESSALY_OPEN_FLAG_CROSSFADE))
+    {
         m_bFadePending = 1;
+    }
     else
+    {
+        m_bFadePending = 0;
         m_bRedraw = 1;
+    }
     InvalidateRect(m_hPictWnd, nullptr, TRUE);
     return S_OK;
 }
