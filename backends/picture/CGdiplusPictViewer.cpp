@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "dispatch/CUtility.h"
+#include "engine/CComPtr.h"
 #include "engine/CDllModule.h"
 #include "engine/TessalyContract.h"
 #include "engine/Trace.h"
@@ -231,8 +232,9 @@ BYTE* CGdiplusPictViewer::ReadFileToMemory(LPCWSTR pwszFile, DWORD* pdwSize)
 
 // The stream owns a copy of the bytes (its block is freed on its last release), so the
 // decoder may keep reading from it after the caller frees its own buffer.
-Bitmap* CGdiplusPictViewer::CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize)
+Bitmap* CGdiplusPictViewer::CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize, Gdiplus::Status* pStatus)
 {
+    *pStatus = Gdiplus::OutOfMemory;
     HGLOBAL hMem = GlobalAlloc(GMEM_MOVEABLE, dwSize);
     if (!hMem)
         return nullptr;
@@ -244,15 +246,47 @@ Bitmap* CGdiplusPictViewer::CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwS
     }
     memcpy(pMem, pBytes, dwSize);
     GlobalUnlock(hMem);
-    IStream* pStream = nullptr;
+    CComPtr<IStream> pStream;
     if (FAILED(CreateStreamOnHGlobal(hMem, TRUE, &pStream)))
     {
         GlobalFree(hMem);
         return nullptr;
     }
-    Bitmap* pBitmap = Bitmap::FromStream(pStream, FALSE);
-    pStream->Release();
+    Bitmap* pBitmap = Bitmap::FromStream(pStream.Get(), FALSE);
+    if (!pBitmap)
+        return nullptr;
+    *pStatus = pBitmap->GetLastStatus();
+    if (*pStatus != Gdiplus::Ok)
+    {
+        if (Bitmap* pDrawn = DrawMetafile(pStream.Get()))
+        {
+            delete pBitmap;
+            pBitmap = pDrawn;
+            *pStatus = Gdiplus::Ok;
+        }
+    }
     return pBitmap;
+}
+
+// Windows' GDI+ makes a bitmap of a metafile by playing it; some platforms' GDI+ refuses a
+// metafile as a bitmap but can still play it, so it is played here into one of its own size.
+Bitmap* CGdiplusPictViewer::DrawMetafile(IStream* pStream)
+{
+    const LARGE_INTEGER start = {};
+    if (FAILED(pStream->Seek(start, STREAM_SEEK_SET, nullptr)))
+        return nullptr;
+    Gdiplus::Metafile metafile(pStream);
+    const INT nWidth = static_cast<INT>(metafile.GetWidth());
+    const INT nHeight = static_cast<INT>(metafile.GetHeight());
+    if (metafile.GetLastStatus() != Gdiplus::Ok || nWidth < 1 || nHeight < 1)
+        return nullptr;
+    std::unique_ptr<Bitmap> pBitmap(new Bitmap(nWidth, nHeight, PixelFormat32bppARGB));
+    if (pBitmap->GetLastStatus() != Gdiplus::Ok)
+        return nullptr;
+    Graphics canvas(pBitmap.get());
+    if (canvas.DrawImage(&metafile, 0, 0, nWidth, nHeight) != Gdiplus::Ok)
+        return nullptr;
+    return pBitmap.release();
 }
 
 HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags)
@@ -277,7 +311,8 @@ HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD 
     BYTE* pBytes = pwszFile ? ReadFileToMemory(pwszFile, &dwSize) : nullptr;
     if (!pBytes)
         return E_OUTOFMEMORY; // what hosts have always been told for a missing or empty file
-    Bitmap* pImage = CreateBitmapFromMemory(pBytes, dwSize);
+    Gdiplus::Status status = Gdiplus::Ok;
+    Bitmap* pImage = CreateBitmapFromMemory(pBytes, dwSize, &status);
     CoTaskMemFree(pBytes);
     if (!pImage)
     {
@@ -286,7 +321,7 @@ HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD 
     }
     m_curPicture.pImage.reset(pImage);
     m_curPicture.rcDest = Rect(0, 0, static_cast<INT>(pImage->GetWidth()), static_cast<INT>(pImage->GetHeight()));
-    if (pImage->GetLastStatus() != Gdiplus::Ok)
+    if (status != Gdiplus::Ok)
     {
         m_curPicture.Empty();
         TESSALY_TRACE("E:CGdiplusPictViewer::OpenFile> Bitmap::FromFile failed, the file is either not a valid image file or GDI+ don't have a decoder to open it...");

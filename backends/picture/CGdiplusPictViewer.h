@@ -57,7 +57,9 @@ protected:
     void OnFadeTimer();
 
     static BYTE* ReadFileToMemory(LPCWSTR pwszFile, DWORD* pdwSize);
-    static Gdiplus::Bitmap* CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize);
+    // Null when no image object could be made; otherwise *pStatus tells whether it decoded.
+    static Gdiplus::Bitmap* CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize, Gdiplus::Status* pStatus);
+    static Gdiplus::Bitmap* DrawMetafile(IStream* pStream);
 
     HWND m_hPictWnd = nullptr;
     Gdiplus::Rect m_rcVideo;

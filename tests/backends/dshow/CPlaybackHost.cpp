@@ -20,9 +20,12 @@ CPlaybackHost::CPlaybackHost(int nWidth, int nHeight)
     wc.lpszClassName = kClassName;
     RegisterClassW(&wc); // a second host finds it registered
     // A popup has no frame: its client area is the whole window.
-    m_hWnd = CreateWindowExW(0, kClassName, L"host", WS_POPUP | WS_VISIBLE, 0, 0, nWidth, nHeight,
-                             nullptr, nullptr, wc.hInstance, nullptr);
+    m_hWnd = CreateWindowExW(0, kClassName, L"host", WS_POPUP, 0, 0, nWidth, nHeight, nullptr, nullptr,
+                             wc.hInstance, nullptr);
     SetWindowLongPtrW(m_hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+    // Never activated, Wine does not hand the window to a window manager, whose absence would
+    // cost two seconds at every destruction.
+    ShowWindow(m_hWnd, SW_SHOWNOACTIVATE);
 
     CMediaPlayer::BackEnds backEnds = CMediaPlayer::CreateBackEnds();
     m_pDShow = new CDShowPlayerProbe;
@@ -103,7 +106,7 @@ bool CPlaybackHost::PumpUntilEnd(DWORD dwTimeoutMs)
 
 void CPlaybackHost::Resize(int nWidth, int nHeight)
 {
-    SetWindowPos(m_hWnd, nullptr, 0, 0, nWidth, nHeight, SWP_NOMOVE | SWP_NOZORDER);
+    SetWindowPos(m_hWnd, nullptr, 0, 0, nWidth, nHeight, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 size_t CPlaybackHost::Count(DWORD dwCode) const

@@ -42,9 +42,11 @@ LRESULT CALLBACK CPictureStage::WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, 
     auto pStage = reinterpret_cast<CPictureStage*>(GetWindowLongPtrW(hWnd, GWLP_USERDATA));
     const bool bInput = (uMsg >= WM_KEYFIRST && uMsg <= WM_KEYLAST) || (uMsg >= WM_MOUSEFIRST && uMsg <= WM_MOUSELAST) ||
                         (uMsg >= WM_NCMOUSEMOVE && uMsg <= WM_NCMBUTTONDBLCLK) || uMsg == WM_MOUSEACTIVATE;
-    if (pStage && bInput)
-        pStage->inputs.push_back({uMsg, wParam, lParam});
-    return DefWindowProcW(hWnd, uMsg, wParam, lParam);
+    if (!pStage || !bInput)
+        return DefWindowProcW(hWnd, uMsg, wParam, lParam);
+    // Recorded only: the default handling of a caption click or an Alt key would enter a modal loop.
+    pStage->inputs.push_back({uMsg, wParam, lParam});
+    return 0;
 }
 
 HRESULT CPictureStage::Open(const std::wstring& path, DWORD dwOpenFlags, DWORD dwPlaybackFlags)
