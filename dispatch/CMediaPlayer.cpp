@@ -212,6 +212,9 @@ HRESULT CMediaPlayer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlay
     {
         pChoice->CloseFile();
         pChoice->SetParentWindow(nullptr);
+        // The next open may choose this back-end again without switching: it must get the
+        // window back, or the host would see S_OK and nothing in its window.
+        m_bParentWindowPending = true;
         return hr;
     }
 

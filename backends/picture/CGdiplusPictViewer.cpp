@@ -1,11 +1,8 @@
 #include "backends/picture/CGdiplusPictViewer.h"
 
-#include <objbase.h>
-
-#include <cstring>
-
+#include "backends/picture/CPictureDecoder.h"
+#include "backends/picture/CSelectedBitmap.h"
 #include "dispatch/CUtility.h"
-#include "engine/CComPtr.h"
 #include "engine/CDllModule.h"
 #include "engine/TessalyContract.h"
 #include "engine/Trace.h"
@@ -26,7 +23,6 @@ const LPCWSTR kWindowName = L"PICTViewer.Handler.Window";
 const UINT kFadeTimerPeriod = 25;
 const LONG kFadeDuration = 500;
 const Gdiplus::ARGB kOpaqueBlack = 0xFF000000;
-const PROPID kOrientationTag = 0x0112;
 
 bool GdiplusAvailable()
 {
@@ -42,31 +38,6 @@ bool IsPostedToParent(UINT uMsg)
            (uMsg >= WM_KEYDOWN && uMsg <= WM_SYSDEADCHAR) ||
            (uMsg >= WM_MOUSEMOVE && uMsg <= WM_MBUTTONDBLCLK);
 }
-
-// A memory context holding one bitmap for the length of a fade frame.
-class CSelectedBitmap
-{
-public:
-    CSelectedBitmap(HDC hdcLike, HBITMAP hbm) : m_hdc(CreateCompatibleDC(hdcLike))
-    {
-        if (m_hdc)
-            m_hbmOld = SelectObject(m_hdc, hbm);
-    }
-    ~CSelectedBitmap()
-    {
-        if (!m_hdc)
-            return;
-        SelectObject(m_hdc, m_hbmOld);
-        DeleteDC(m_hdc);
-    }
-    CSelectedBitmap(const CSelectedBitmap&) = delete;
-    CSelectedBitmap& operator=(const CSelectedBitmap&) = delete;
-    HDC Dc() const { return m_hdc; }
-
-private:
-    HDC m_hdc;
-    HGDIOBJ m_hbmOld = nullptr;
-};
 
 } // namespace
 
@@ -205,90 +176,6 @@ HRESULT CGdiplusPictViewer::InitVideoWindow()
     return S_OK;
 }
 
-BYTE* CGdiplusPictViewer::ReadFileToMemory(LPCWSTR pwszFile, DWORD* pdwSize)
-{
-    *pdwSize = 0;
-    HANDLE hFile = CreateFileW(pwszFile, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                               FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (hFile == INVALID_HANDLE_VALUE)
-        return nullptr;
-    const DWORD dwSize = GetFileSize(hFile, nullptr);
-    BYTE* pBytes = nullptr;
-    if (dwSize != 0 && dwSize != INVALID_FILE_SIZE)
-    {
-        pBytes = static_cast<BYTE*>(CoTaskMemAlloc(dwSize));
-        DWORD dwRead = 0;
-        if (pBytes && (!ReadFile(hFile, pBytes, dwSize, &dwRead, nullptr) || dwRead != dwSize))
-        {
-            CoTaskMemFree(pBytes);
-            pBytes = nullptr;
-        }
-    }
-    CloseHandle(hFile);
-    if (pBytes)
-        *pdwSize = dwSize;
-    return pBytes;
-}
-
-// The stream owns a copy of the bytes (its block is freed on its last release), so the
-// decoder may keep reading from it after the caller frees its own buffer.
-Bitmap* CGdiplusPictViewer::CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize, Gdiplus::Status* pStatus)
-{
-    *pStatus = Gdiplus::OutOfMemory;
-    HGLOBAL hMem = GlobalAlloc(GMEM_MOVEABLE, dwSize);
-    if (!hMem)
-        return nullptr;
-    void* pMem = GlobalLock(hMem);
-    if (!pMem)
-    {
-        GlobalFree(hMem);
-        return nullptr;
-    }
-    memcpy(pMem, pBytes, dwSize);
-    GlobalUnlock(hMem);
-    CComPtr<IStream> pStream;
-    if (FAILED(CreateStreamOnHGlobal(hMem, TRUE, &pStream)))
-    {
-        GlobalFree(hMem);
-        return nullptr;
-    }
-    Bitmap* pBitmap = Bitmap::FromStream(pStream.Get(), FALSE);
-    if (!pBitmap)
-        return nullptr;
-    *pStatus = pBitmap->GetLastStatus();
-    if (*pStatus != Gdiplus::Ok)
-    {
-        if (Bitmap* pDrawn = DrawMetafile(pStream.Get()))
-        {
-            delete pBitmap;
-            pBitmap = pDrawn;
-            *pStatus = Gdiplus::Ok;
-        }
-    }
-    return pBitmap;
-}
-
-// Windows' GDI+ makes a bitmap of a metafile by playing it; some platforms' GDI+ refuses a
-// metafile as a bitmap but can still play it, so it is played here into one of its own size.
-Bitmap* CGdiplusPictViewer::DrawMetafile(IStream* pStream)
-{
-    const LARGE_INTEGER start = {};
-    if (FAILED(pStream->Seek(start, STREAM_SEEK_SET, nullptr)))
-        return nullptr;
-    Gdiplus::Metafile metafile(pStream);
-    const INT nWidth = static_cast<INT>(metafile.GetWidth());
-    const INT nHeight = static_cast<INT>(metafile.GetHeight());
-    if (metafile.GetLastStatus() != Gdiplus::Ok || nWidth < 1 || nHeight < 1)
-        return nullptr;
-    std::unique_ptr<Bitmap> pBitmap(new Bitmap(nWidth, nHeight, PixelFormat32bppARGB));
-    if (pBitmap->GetLastStatus() != Gdiplus::Ok)
-        return nullptr;
-    Graphics canvas(pBitmap.get());
-    if (canvas.DrawImage(&metafile, 0, 0, nWidth, nHeight) != Gdiplus::Ok)
-        return nullptr;
-    return pBitmap.release();
-}
-
 HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags)
 {
     if (!GdiplusAvailable())
@@ -308,11 +195,11 @@ HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD 
     }
 
     DWORD dwSize = 0;
-    BYTE* pBytes = pwszFile ? ReadFileToMemory(pwszFile, &dwSize) : nullptr;
+    BYTE* pBytes = pwszFile ? CPictureDecoder::ReadFileToMemory(pwszFile, &dwSize) : nullptr;
     if (!pBytes)
         return E_OUTOFMEMORY; // what hosts have always been told for a missing or empty file
     Gdiplus::Status status = Gdiplus::Ok;
-    Bitmap* pImage = CreateBitmapFromMemory(pBytes, dwSize, &status);
+    Bitmap* pImage = CPictureDecoder::CreateBitmapFromMemory(pBytes, dwSize, &status);
     CoTaskMemFree(pBytes);
     if (!pImage)
     {
@@ -327,7 +214,7 @@ HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD 
         TESSALY_TRACE("E:CGdiplusPictViewer::OpenFile> Bitmap::FromFile failed, the file is either not a valid image file or GDI+ don't have a decoder to open it...");
         return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
     }
-    ApplyOrientation();
+    CPictureDecoder::ApplyOrientation(pImage);
 
     if (m_bFadeTimerOn)
     {
@@ -346,35 +233,6 @@ HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD 
     }
     InvalidateRect(m_hPictWnd, nullptr, TRUE);
     return S_OK;
-}
-
-// Turns the picture upright by its orientation tag; a picture without one (the lookup fails
-// and leaves a failure status) is used as stored.
-void CGdiplusPictViewer::ApplyOrientation()
-{
-    Bitmap* pImage = m_curPicture.pImage.get();
-    const UINT cbItem = pImage->GetPropertyItemSize(kOrientationTag);
-    void* pItem = cbItem ? CoTaskMemAlloc(cbItem) : nullptr;
-    if (pItem)
-        pImage->GetPropertyItem(kOrientationTag, cbItem, static_cast<Gdiplus::PropertyItem*>(pItem));
-    if (pImage->GetLastStatus() == Gdiplus::Ok && pItem)
-    {
-        const auto* pProperty = static_cast<const Gdiplus::PropertyItem*>(pItem);
-        if (pProperty->value && pProperty->length >= sizeof(UINT16))
-        {
-            UINT16 nOrientation = 0;
-            memcpy(&nOrientation, pProperty->value, sizeof(nOrientation));
-            pImage->RotateFlip(OrientationToRotateFlip(nOrientation));
-        }
-    }
-    CoTaskMemFree(pItem);
-}
-
-Gdiplus::RotateFlipType CGdiplusPictViewer::OrientationToRotateFlip(UINT16 nOrientation)
-{
-    if (nOrientation < 1 || nOrientation > 8)
-        return Gdiplus::RotateNoneFlipNone;
-    return static_cast<Gdiplus::RotateFlipType>((nOrientation - 1) % 4);
 }
 
 // The picture stays loaded and shown: a picture has nothing to close.

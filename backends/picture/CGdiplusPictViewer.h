@@ -31,10 +31,6 @@ public:
     HRESULT SetPlaybackFlags(DWORD dwPlaybackFlags) override;
     HRESULT GetCurTime(double* pdSeconds) override;
 
-    // EXIF orientation (1-8) to the GDI+ rotation that shows the picture upright; mirrored
-    // orientations are shown turned, never flipped.
-    static Gdiplus::RotateFlipType OrientationToRotateFlip(UINT16 nOrientation);
-
     static const UINT_PTR FADE_TIMER_ID = 1;
 
 protected:
@@ -45,7 +41,6 @@ protected:
     void RecreateBackBuffer();
     void InvalidateParent();
     void FitPicture();
-    void ApplyOrientation();
 
     void OnPaint(HDC hdc);
     void ComposeBackBuffer();
@@ -56,10 +51,6 @@ protected:
     void StopFadeTimer();
     void OnFadeTimer();
 
-    static BYTE* ReadFileToMemory(LPCWSTR pwszFile, DWORD* pdwSize);
-    // Null when no image object could be made; otherwise *pStatus tells whether it decoded.
-    static Gdiplus::Bitmap* CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize, Gdiplus::Status* pStatus);
-    static Gdiplus::Bitmap* DrawMetafile(IStream* pStream);
 
     HWND m_hPictWnd = nullptr;
     Gdiplus::Rect m_rcVideo;

@@ -88,6 +88,12 @@ TEST_F(Routing, AFailedOpenIsNotRetriedElsewhereAndTheBackEndIsClosedAndDetached
     EXPECT_EQ(bAudioOnly, 7);
     EXPECT_EQ(player->Play(), E_FAIL);
     EXPECT_EQ(player->SetParentWindowSize(10, 10), E_FAIL);
+
+    // The same back-end opening the next file gets the host's window back.
+    pQT->Script("OpenFile", S_OK);
+    log.Clear();
+    EXPECT_EQ(Open(L"good.mp4", nullptr, 0, 0), S_OK);
+    EXPECT_EQ(log.Entries().at(0), "QT.SetParentWindow(parent)");
 }
 
 TEST_F(Routing, TheOpenResultOfTheBackEndIsPassedOn)
