@@ -16,6 +16,7 @@
 #include "CPictureFiles.h"
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
+#include "tests/support/CMessagePump.h"
 #include "tests/support/CRecordingSink.h"
 
 namespace {
@@ -101,22 +102,7 @@ protected:
     }
     bool PumpUntil(const std::function<bool()>& done, DWORD dwMilliseconds)
     {
-        const DWORD dwEnd = GetTickCount() + dwMilliseconds;
-        for (;;)
-        {
-            MSG msg;
-            while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
-            {
-                TranslateMessage(&msg);
-                DispatchMessageW(&msg);
-            }
-            if (done())
-                return true;
-            const LONG lLeft = static_cast<LONG>(dwEnd - GetTickCount());
-            if (lLeft <= 0)
-                return false;
-            MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(lLeft), QS_ALLINPUT);
-        }
+        return CMessagePump::PumpUntil(done, dwMilliseconds);
     }
     void PumpFor(DWORD dwMilliseconds)
     {

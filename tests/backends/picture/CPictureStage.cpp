@@ -2,6 +2,8 @@
 
 #include <objbase.h>
 
+#include "tests/support/CMessagePump.h"
+
 namespace {
 
 const wchar_t kClassName[] = L"Tessaly.Test.PictureHost";
@@ -67,25 +69,10 @@ void CPictureStage::Resize(int nWidth, int nHeight)
 
 bool CPictureStage::PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs)
 {
-    const ULONGLONG start = GetTickCount64();
-    for (;;)
-    {
-        MSG msg;
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
-        {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
-        if (done())
-            return true;
-        const ULONGLONG elapsed = GetTickCount64() - start;
-        if (elapsed >= dwTimeoutMs)
-            return false;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(dwTimeoutMs - elapsed), QS_ALLINPUT);
-    }
+    return CMessagePump::PumpUntil(done, dwTimeoutMs);
 }
 
 void CPictureStage::PumpFor(DWORD dwMs)
 {
-    PumpUntil([] { return false; }, dwMs);
+    CMessagePump::PumpFor(dwMs);
 }
