@@ -140,7 +140,7 @@ HRESULT CGdiplusPictViewer::SetParentWindowSize(DWORD dwWidth, DWORD dwHeight)
 // desktop, which is what a host that takes the picture away expects to see redrawn.
 void CGdiplusPictViewer::InvalidateParent()
 {
-    if (m_hWndParent) InvalidateRect(m_hWndParent, nullptr, TRUE);
+    InvalidateRect(m_hWndParent, nullptr, TRUE);
 }
 
 void CGdiplusPictViewer::RecreateBackBuffer()

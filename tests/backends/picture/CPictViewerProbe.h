@@ -11,4 +11,6 @@ public:
     bool HoldsPrevious() const { return m_prevPicture.HasImage(); }
     bool Fading() const { return m_bFadePending != 0; }
     bool FadeTimerOn() const { return m_bFadeTimerOn != 0; }
+    HBITMAP FadeFrom() const { return m_hbmFadeFrom; }
+    HBITMAP FadeTo() const { return m_hbmFadeTo; }
 };

@@ -19,6 +19,7 @@ namespace {
 const COLORREF kRed = RGB(255, 0, 0);
 const COLORREF kGreen = RGB(0, 255, 0);
 const RECT kWhole = {0, 0, 200, 200};
+const int kObjectNoise = 40;
 
 // Committed private memory, summed over the address space: this platform leaves the process
 // counters' private usage at zero.
@@ -159,42 +160,40 @@ TEST_F(PictureInHost, OpensAndFadesLeaveGdiObjectsAndMemoryFlat)
     const SIZE_T cbAfter = PrivateBytes();
     std::printf("200 open/close cycles: GDI objects %d -> %d, private bytes %lu -> %lu KiB\n", nObjectsBefore,
                 nObjectsAfter, static_cast<unsigned long>(cbBefore / 1024), static_cast<unsigned long>(cbAfter / 1024));
-    EXPECT_LE(nObjectsAfter, nObjectsBefore);
+    // The count walks a handle table other test processes share here, so it moves by a few on
+    // its own; one object kept per open would add 200.
+    EXPECT_LT(nObjectsAfter, nObjectsBefore + kObjectNoise);
     EXPECT_LT(cbAfter, cbBefore + 1024 * 1024) << "keeping the bytes of every file read would add 19 MiB";
 
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 4; ++i)
     {
         ASSERT_EQ(S_OK, stage.Open(i % 2 ? red : green, 1));
         stage.PumpUntil([&] { return !stage.Viewer().Fading(); }, 3000);
     }
     stage.PumpFor(50);
-    std::printf("after 3 cross-fades: GDI objects %d\n", CGdiObjectCount::Live());
-    EXPECT_LE(CGdiObjectCount::Live(), nObjectsBefore) << "each fade frame's contexts and the fade's bitmaps";
+    std::printf("after 4 cross-fades: GDI objects %d\n", CGdiObjectCount::Live());
+    EXPECT_LT(CGdiObjectCount::Live(), nObjectsBefore + kObjectNoise) << "two contexts per frame would add 150";
 }
 
-TEST(PictureTeardown, DestroyGivesBackEveryWindowAndGdiObject)
+TEST(PictureTeardown, DestroyInTheMiddleOfAFadeGivesBackItsWindowAndBitmaps)
 {
     CPictureFiles files;
-    const std::wstring red = files.Encode(L"red.png", 64, 32, [](int, int) { return kRed; });
-    const std::wstring green = files.Encode(L"green.png", 64, 32, [](int, int) { return kGreen; });
-    {
-        CPictureStage warmUp; // the first window and paint of the process allocate for good
-        ASSERT_EQ(S_OK, warmUp.Open(red));
-    }
-    const int nObjectsBefore = CGdiObjectCount::Live();
-    HWND hPicture = nullptr;
-    {
-        CPictureStage stage;
-        hPicture = stage.Viewer().PictureWindow();
-        ASSERT_EQ(S_OK, stage.Open(red));
-        ASSERT_EQ(S_OK, stage.Open(green, 1));
-        stage.PumpFor(100);
-        ASSERT_TRUE(stage.Viewer().FadeTimerOn()) << "destroyed in the middle of a fade";
-        stage.Viewer().Destroy();
-        EXPECT_FALSE(IsWindow(hPicture));
-        EXPECT_EQ(nullptr, stage.Viewer().PictureWindow());
-    }
-    EXPECT_LE(CGdiObjectCount::Live(), nObjectsBefore);
+    CPictureStage stage;
+    const HWND hPicture = stage.Viewer().PictureWindow();
+    ASSERT_EQ(S_OK, stage.Open(files.Encode(L"red.png", 64, 32, [](int, int) { return kRed; })));
+    ASSERT_EQ(S_OK, stage.Open(files.Encode(L"green.png", 64, 32, [](int, int) { return kGreen; }), 1));
+    stage.PumpFor(100);
+    ASSERT_TRUE(stage.Viewer().FadeTimerOn());
+    const HBITMAP hbmFrom = stage.Viewer().FadeFrom();
+    const HBITMAP hbmTo = stage.Viewer().FadeTo();
+    ASSERT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(hbmFrom));
+    ASSERT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(hbmTo));
+
+    stage.Viewer().Destroy();
+    EXPECT_FALSE(IsWindow(hPicture));
+    EXPECT_EQ(nullptr, stage.Viewer().PictureWindow());
+    EXPECT_EQ(0u, GetObjectType(hbmFrom));
+    EXPECT_EQ(0u, GetObjectType(hbmTo));
     EXPECT_FALSE(g_DllModule.IsGdiplusStarted());
 }
 
