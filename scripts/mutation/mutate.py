@@ -1,0 +1,115 @@
+#!/usr/bin/env python3
+"""Applies deliberate faults to the engine one at a time, runs the test suite against each, and
+reports which faults the suite catches (a failing run) and which it misses.
+
+Each entry of faults.txt is four lines and a blank one:
+    id: short-name
+    file: path from the project root
+    find: text that must occur exactly once in that file (\\n for a line break)
+    put: what replaces it
+Faults are applied in a git worktree of HEAD under build/mutation/, so the working tree is never
+touched; the worktree's x86_64 Debug build is incremental from one fault to the next.
+
+    python3 scripts/mutation/mutate.py --check            # every fault applies exactly once
+    python3 scripts/mutation/mutate.py [ID...] [-R REGEX]  # run (all faults, or those named)
+"""
+import argparse
+import os
+import subprocess
+import sys
+import time
+
+ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+FAULTS = os.path.join(ROOT, "scripts", "mutation", "faults.txt")
+
+
+def read_faults():
+    faults, entry = [], {}
+    with open(FAULTS, encoding="utf-8") as f:
+        for raw in f.read().split("\n") + [""]:
+            line = raw.rstrip("\n")
+            if line.startswith("#"):
+                continue
+            if not line.strip():
+                if entry:
+                    faults.append(entry)
+                    entry = {}
+                continue
+            key, _, value = line.partition(": ")
+            entry[key.strip()] = value.replace("\\n", "\n")
+    return faults
+
+
+def apply(fault, tree):
+    path = os.path.join(tree, fault["file"])
+    with open(path, encoding="utf-8") as f:
+        text = f.read()
+    count = text.count(fault["find"])
+    if count != 1:
+        return None, "find occurs %d times" % count
+    return (path, text), None
+
+
+def run(cmd, cwd, log):
+    with open(log, "a") as out:
+        return subprocess.call(cmd, cwd=cwd, stdout=out, stderr=subprocess.STDOUT)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("ids", nargs="*")
+    parser.add_argument("--check", action="store_true")
+    parser.add_argument("-R", dest="regex", help="only the ctest cases matching this")
+    args = parser.parse_args()
+    faults = [f for f in read_faults() if not args.ids or f["id"] in args.ids]
+
+    if args.check:
+        bad = 0
+        for fault in faults:
+            _, error = apply(fault, ROOT)
+            if error:
+                bad += 1
+                print("%-28s %s: %s" % (fault["id"], fault["file"], error))
+        print("%d faults, %d do not apply" % (len(faults), bad))
+        return 1 if bad else 0
+
+    work = os.path.join(ROOT, "build", "mutation")
+    tree = os.path.join(work, "tree")
+    build = os.path.join(work, "x86_64-debug")
+    log = os.path.join(work, "mutation.log")
+    os.makedirs(work, exist_ok=True)
+    if not os.path.isdir(tree):
+        subprocess.check_call(["git", "worktree", "add", "--detach", tree, "HEAD"], cwd=ROOT)
+    subprocess.check_call(["git", "checkout", "--detach", "--force", "HEAD"], cwd=tree)
+    env_build = ("root=%s; source %s/scripts/build.sh && tessaly_build x86_64 Debug %s" % (tree, tree, build))
+    ctest = "cd %s && ./wine-run cmd /c exit >/dev/null 2>&1; ./wine-run --wineserver -p; " \
+            "ctest -j $(nproc) %s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (
+                build, ("-R '%s'" % args.regex) if args.regex else "")
+    results = []
+    for fault in faults:
+        applied, error = apply(fault, tree)
+        if error:
+            results.append((fault["id"], "not applied: " + error, 0))
+            continue
+        path, text = applied
+        with open(path, "w", encoding="utf-8") as f:
+            f.write(text.replace(fault["find"], fault["put"]))
+        start = time.time()
+        with open(log, "a") as out:
+            out.write("\n==== %s\n" % fault["id"])
+        if run(["bash", "-c", env_build], tree, log) != 0:
+            verdict = "caught (does not build)"
+        else:
+            rc = run(["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24", "bash", "-c", ctest], build, log)
+            verdict = "caught" if rc != 0 else "MISSED"
+        with open(path, "w", encoding="utf-8") as f:
+            f.write(text)
+        results.append((fault["id"], verdict, time.time() - start))
+        print("%-28s %-24s %5.0f s" % results[-1], flush=True)
+    caught = sum(1 for r in results if r[1].startswith("caught"))
+    print("%d of %d faults caught; log: %s" % (caught, len(results), log))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
