@@ -1,6 +1,5 @@
 // Pictures as a host meets them through the registered library: what an open says of the file,
-// the picture in the host's window, what the query object answers, and how play, stop and seek
-// treat a still.
+// the picture in the host's window, and how play, stop and seek treat a still.
 #include <windows.h>
 #include <objbase.h>
 #include <ocidl.h>
@@ -173,47 +172,6 @@ TEST_F(PicturePlay, PlayingAPictureCountsTicksAndEverySeekIsRefused)
     EXPECT_EQ(0, Count("complete")) << "a still never ends by itself";
     EXPECT_EQ(0, Count("error"));
     EXPECT_TRUE(ShowsPictureAt(m_host, {68, 84, 132, 116}, kRed)) << "stopping leaves the picture up";
-}
-
-class PictureQuery : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo,
-                                         m_query.Out()));
-    }
-    void TearDown() override
-    {
-        m_query.Reset();
-        CoUninitialize();
-    }
-    HRESULT Query(const std::wstring& path, TESSALY_FILEINFO* pInfo)
-    {
-        std::wstring copy = path;
-        return m_query->GetFileInfo(&copy[0], pInfo);
-    }
-
-    CPictureFiles m_files;
-    CComPtr<IQueryFileInfo> m_query;
-};
-
-TEST_F(PictureQuery, AnswersAPicturesSizeAndRefusesAnEmptyFileLeavingTheRecord)
-{
-    const std::wstring jpeg = m_files.Encode(L"photo.jpg", 48, 40, Solid(RGB(0, 160, 0)));
-    TESSALY_FILEINFO info = Patterned();
-    ASSERT_EQ(S_OK, Query(jpeg, &info));
-    EXPECT_EQ(TESSALY_FILEINFO_PICTURE, info.dwAttributeMask);
-    EXPECT_EQ(0.0, info.dDuration);
-    EXPECT_EQ(48u, info.dwWidth);
-    EXPECT_EQ(40u, info.dwHeight);
-
-    // Hosts have always been told this for a file with nothing in it.
-    info = Patterned();
-    EXPECT_EQ(E_OUTOFMEMORY, Query(m_files.Bytes(L"empty.png", {}), &info));
-    EXPECT_TRUE(Untouched(info));
-    ASSERT_EQ(S_OK, Query(jpeg, &info)) << "a refusal leaves the object able to answer";
 }
 
 } // namespace

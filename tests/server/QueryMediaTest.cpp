@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "CPictureFiles.h"
 #include "CTestMedia.h"
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
@@ -27,11 +28,8 @@ protected:
         m_query.Reset();
         CoUninitialize();
     }
-    HRESULT Query(const char* pszName, TESSALY_FILEINFO* pInfo)
-    {
-        std::wstring path = CTestMedia::Path(pszName);
-        return m_query->GetFileInfo(&path[0], pInfo);
-    }
+    HRESULT Query(const char* pszName, TESSALY_FILEINFO* pInfo) { return Query(CTestMedia::Path(pszName), pInfo); }
+    HRESULT Query(std::wstring path, TESSALY_FILEINFO* pInfo) { return m_query->GetFileInfo(&path[0], pInfo); }
 
     CComPtr<IQueryFileInfo> m_query;
 };
@@ -87,6 +85,26 @@ TEST_F(QueryFailures, FilesOfTwoKindsInARowOnOneObjectBothAnswer)
     EXPECT_EQ(S_OK, Query("clip.wmv", &video));
     EXPECT_EQ(160u, video.dwWidth);
     EXPECT_EQ(0u, sound.dwWidth);
+}
+
+TEST_F(QueryFailures, APictureAnswersItsSizeAndAnEmptyOneLeavesTheRecord)
+{
+    CPictureFiles files;
+    const std::wstring jpeg = files.Encode(L"photo.jpg", 48, 40, [](int, int) { return RGB(0, 160, 0); });
+    TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    ASSERT_EQ(S_OK, Query(jpeg, &info));
+    EXPECT_EQ(TESSALY_FILEINFO_PICTURE, info.dwAttributeMask);
+    EXPECT_EQ(0.0, info.dDuration);
+    EXPECT_EQ(48u, info.dwWidth);
+    EXPECT_EQ(40u, info.dwHeight);
+
+    // Hosts have always been told this for a file with nothing in it.
+    info = {7, 7.0, 7, 7};
+    EXPECT_EQ(E_OUTOFMEMORY, Query(files.Bytes(L"empty.png", {}), &info));
+    EXPECT_EQ(7u, info.dwAttributeMask);
+    EXPECT_EQ(7.0, info.dDuration);
+    EXPECT_EQ(7u, info.dwWidth);
+    ASSERT_EQ(S_OK, Query(jpeg, &info)) << "a refusal leaves the object able to answer";
 }
 
 } // namespace
