@@ -5,6 +5,8 @@
 #include <cwchar>
 #include <initializer_list>
 
+#include "inspect/CASFFileParser.h"
+
 bool CWindowsMediaRoute::TakesRoute(LPCWSTR pwszFile) const
 {
     if (!pwszFile || !IsWindowsMediaExtension(PathFindExtensionW(pwszFile)))
@@ -22,7 +24,11 @@ bool CWindowsMediaRoute::IsWindowsMediaExtension(LPCWSTR pwszExt)
     return false;
 }
 
-bool CWindowsMediaRoute::PrefersMediaPlayerControl(LPCWSTR) const
+// Licensed content plays only through the control (it alone talks to the licence store); the
+// file's header says whether it is such content. Anything unreadable stays with DirectShow, which
+// reports the failure in its own words.
+bool CWindowsMediaRoute::PrefersMediaPlayerControl(LPCWSTR pwszFile) const
 {
-    return false;
+    CASFFileParser parser;
+    return parser.Open(pwszFile) == CASFFileParser::kOk && parser.IsContentProtected();
 }

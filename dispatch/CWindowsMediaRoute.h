@@ -18,7 +18,7 @@ public:
     static bool IsWindowsMediaExtension(LPCWSTR pwszExt);
 
 protected:
-    // Asked only for Windows Media files. Protected content and streams that DirectShow cannot
-    // render belong with the control; until that back-end can play them, DirectShow gets all.
+    // Asked only for Windows Media files: true for a file whose header declares content
+    // protection.
     virtual bool PrefersMediaPlayerControl(LPCWSTR pwszFile) const;
 };

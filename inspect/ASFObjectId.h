@@ -38,6 +38,11 @@ inline constexpr ASFObjectId ASF_Stream_Bitrate_Properties_Object =
     MakeASFObjectId(0x7BF875CE, 0x468D, 0x11D1, 0x8D82006097C9A2B2ULL);
 inline constexpr ASFObjectId ASF_Extended_Stream_Properties_Object =
     MakeASFObjectId(0x14E6A5CB, 0xC672, 0x4332, 0x8399A96952065B5AULL);
+// Either of these in the top-level header means the content is protected by a licence.
+inline constexpr ASFObjectId ASF_Content_Encryption_Object =
+    MakeASFObjectId(0x2211B3FB, 0xBD23, 0x11D2, 0xB4B700A0C955FC6EULL);
+inline constexpr ASFObjectId ASF_Extended_Content_Encryption_Object =
+    MakeASFObjectId(0x298AE614, 0x2622, 0x4C17, 0xB935DAE07EE9289CULL);
 inline constexpr ASFObjectId ASF_Audio_Media =
     MakeASFObjectId(0xF8699E40, 0x5B4D, 0x11CF, 0xA8FD00805F5C442BULL);
 inline constexpr ASFObjectId ASF_Video_Media =

@@ -68,6 +68,7 @@ int32_t CASFFileParser::ParseHeader(const CByteView& view)
     m_VideoInfo = ASF_VIDEO_INFO();
     m_AudioInfo = ASF_AUDIO_INFO();
     m_StreamInfos.clear();
+    m_bContentProtected = false;
 
     using Handler = void (CASFFileParser::*)(const CByteView&, uint64_t);
     static const struct
@@ -81,6 +82,8 @@ int32_t CASFFileParser::ParseHeader(const CByteView& view)
         {&ASF_Content_Description_Object, &CASFFileParser::GetContentProperties},
         {&ASF_Extended_Content_Description_Object, &CASFFileParser::GetExtContentProperties},
         {&ASF_Stream_Bitrate_Properties_Object, &CASFFileParser::GetStreamBitrateProperties},
+        {&ASF_Content_Encryption_Object, &CASFFileParser::NoteContentProtection},
+        {&ASF_Extended_Content_Encryption_Object, &CASFFileParser::NoteContentProtection},
     };
 
     // A count with the top bit set walks nothing.
@@ -326,4 +329,10 @@ CStreamInfo* CASFFileParser::GetStreamInfoPtr(uint16_t wStreamNumber, bool bCrea
                       wStreamNumber);
         return nullptr;
     }
+}
+
+// Only the object's presence matters: what it holds is for a licence server, not for playback.
+void CASFFileParser::NoteContentProtection(const CByteView&, uint64_t)
+{
+    m_bContentProtected = true;
 }

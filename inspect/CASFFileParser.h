@@ -35,6 +35,9 @@ public:
     int32_t GetAVFileInfo(ASF_VIDEO_INFO* pVideoInfo, ASF_AUDIO_INFO* pAudioInfo,
                           uint16_t* pChannelType);
 
+    // Whether the last header read declared content protection (an encryption object).
+    bool IsContentProtected() const { return m_bContentProtected; }
+
 private:
     // Each handler gets the offset of its object's first byte inside the view.
     void GetFileProperties(const CByteView& view, uint64_t object);
@@ -43,6 +46,7 @@ private:
     void GetContentProperties(const CByteView& view, uint64_t object);
     void GetExtContentProperties(const CByteView& view, uint64_t object);
     void GetStreamBitrateProperties(const CByteView& view, uint64_t object);
+    void NoteContentProtection(const CByteView& view, uint64_t object);
     CStreamInfo* GetStreamInfoPtr(uint16_t wStreamNumber, bool bCreate);
 
     uint32_t m_dwVideoStreamNumber;
@@ -51,4 +55,5 @@ private:
     ASF_AUDIO_INFO m_AudioInfo;
     uint32_t m_dwMaxBitrate;
     std::map<uint16_t, CStreamInfo> m_StreamInfos;
+    bool m_bContentProtected = false;
 };

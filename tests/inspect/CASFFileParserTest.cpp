@@ -155,6 +155,22 @@ TEST(ASFHeaderFields, AudioOnlyHeaderLeavesTheVideoRecordAloneAndMapsChannels)
     }
 }
 
+TEST(ASFHeaderFields, EitherEncryptionObjectMarksTheContentProtectedAndTheNextHeaderClearsIt)
+{
+    CASFFileParser parser;
+    for (bool bExtended : {false, true})
+    {
+        const auto bytes = Builder().AudioStream(1, kStereo).ContentEncryption(bExtended).Build();
+        ASSERT_EQ(CASFFileParser::kOk, CParseProbe(parser, bytes).hr);
+        EXPECT_TRUE(parser.IsContentProtected()) << "extended " << bExtended;
+        // The stream before it is read as ever.
+        EXPECT_TRUE(CParseProbe(parser, bytes).bAudio);
+
+        ASSERT_EQ(CASFFileParser::kOk, CParseProbe(parser, Builder().AudioStream(1, kStereo).UnknownObject(40).Build()).hr);
+        EXPECT_FALSE(parser.IsContentProtected());
+    }
+}
+
 TEST(ASFHeaderLifecycle, FreshParserHandsOutNothing)
 {
     CASFFileParser parser;

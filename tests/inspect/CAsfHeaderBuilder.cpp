@@ -20,6 +20,8 @@ const char kExtendedContentDescription[] = "D2D0A440-E307-11D2-97F0-00A0C95EA850
 const char kAudioMedia[] = "F8699E40-5B4D-11CF-A8FD-00805F5C442B";
 const char kVideoMedia[] = "BC19EFC0-5B4D-11CF-A8FD-00805F5C442B";
 const char kNoErrorCorrection[] = "20FB5700-5B55-11CF-A8FD-00805F5C442B";
+const char kContentEncryption[] = "2211B3FB-BD23-11D2-B4B7-00A0C955FC6E";
+const char kExtendedContentEncryption[] = "298AE614-2622-4C17-B935-DAE07EE9289C";
 const char kUnknown[] = "DEADBEEF-0000-4000-8000-00000000CAFE";
 
 class Writer
@@ -164,6 +166,24 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::ContentDescription()
 CAsfHeaderBuilder& CAsfHeaderBuilder::ExtendedContentDescription()
 {
     m_children.push_back(Object(kExtendedContentDescription, Writer().U16(0).bytes));
+    return *this;
+}
+
+std::vector<uint8_t> CAsfHeaderBuilder::EncryptionObject(bool bExtended)
+{
+    if (bExtended)
+        return Object(kExtendedContentEncryption, Writer().U32(4).U32(0x3C3F786D).bytes);
+    // Secret data, protection type "DRM", key identifier and licence address, as a packager
+    // writes them.
+    Writer w;
+    w.U32(4).U32(0x0BADF00D).U32(4).U8('D').U8('R').U8('M').U8(0);
+    w.U32(3).U8('k').U8('1').U8(0).U32(1).U8(0);
+    return Object(kContentEncryption, w.bytes);
+}
+
+CAsfHeaderBuilder& CAsfHeaderBuilder::ContentEncryption(bool bExtended)
+{
+    m_children.push_back(EncryptionObject(bExtended));
     return *this;
 }
 

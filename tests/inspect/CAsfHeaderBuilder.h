@@ -41,6 +41,9 @@ public:
     CAsfHeaderBuilder& ContentDescription();
     CAsfHeaderBuilder& ExtendedContentDescription();
     CAsfHeaderBuilder& UnknownObject(size_t cbBody);
+    // A content-encryption object, or with bExtended its extended form.
+    CAsfHeaderBuilder& ContentEncryption(bool bExtended);
+    static std::vector<uint8_t> EncryptionObject(bool bExtended);
 
     // The header object with every child, then the start of a Data object unless told otherwise.
     std::vector<uint8_t> Build(bool bWithDataObject = true) const;

@@ -13,6 +13,8 @@
 
 #include "CClassObjectRegistration.h"
 #include "CFakeSourceFilter.h"
+#include "CProtectedMedia.h"
+#include "CTempFolder.h"
 #include "CTestMedia.h"
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
@@ -113,6 +115,26 @@ TEST_F(PlaySequence, ProgressAboutTenTimesASecondThenCompletionThenStop)
     EXPECT_EQ(S_OK, m_play->GetState(&state, &dTime));
     EXPECT_EQ(Playback_State_Stop, state);
     EXPECT_EQ(dLast, dTime) << "the last progress time is what GetState keeps";
+}
+
+// Protected content goes to the Media Player control, which this platform has but which never
+// plays such a file here: the host gets the back-end's own failure code, promptly, and the object
+// then plays the same file unprotected through DirectShow.
+TEST_F(PlaySequence, AProtectedWindowsMediaFileFailsWithTheControlsCodeAndTheObjectPlaysOn)
+{
+    CTempFolder folder;
+    std::wstring path = CProtectedMedia::Copy(folder, "tone.wma", false);
+    ASSERT_FALSE(path.empty());
+    TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(TESSALY_E_CANNOTPLAY, m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, &info));
+    EXPECT_LT(GetTickCount64() - start, 5000u);
+    EXPECT_EQ(7.0, info.dDuration);
+
+    ASSERT_EQ(S_OK, Open("tone.wma", &info));
+    EXPECT_NEAR(2.0, info.dDuration, 0.1);
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    EXPECT_TRUE(PumpUntil([&] { return !m_log.empty() && m_log.back().event == "complete"; }, 10000));
 }
 
 TEST_F(PlaySequence, NothingArrivesAfterCloseFile)

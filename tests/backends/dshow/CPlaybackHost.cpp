@@ -3,7 +3,6 @@
 #include <objbase.h>
 
 #include "backends/cdda/CDDAGraph.h"
-#include "dispatch/CWindowsMediaRoute.h"
 
 namespace {
 
@@ -11,7 +10,7 @@ const wchar_t kClassName[] = L"Tessaly.Test.DShowHost";
 
 } // namespace
 
-CPlaybackHost::CPlaybackHost(int nWidth, int nHeight)
+CPlaybackHost::CPlaybackHost(int nWidth, int nHeight, std::unique_ptr<CWindowsMediaRoute> pRoute)
 {
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     WNDCLASSW wc = {};
@@ -30,6 +29,8 @@ CPlaybackHost::CPlaybackHost(int nWidth, int nHeight)
     CMediaPlayer::BackEnds backEnds = CMediaPlayer::CreateBackEnds();
     m_pDShow = new CDShowPlayerProbe;
     backEnds.players[0].reset(m_pDShow);
+    if (pRoute)
+        backEnds.pWindowsMediaRoute = std::move(pRoute);
     m_pPlayer.reset(new CMediaPlayer(std::move(backEnds)));
     m_pPlayer->SetEventCallback(&CPlaybackHost::OnEvent, this);
     // No back-end is current yet: the window waits for the first OpenFile.

@@ -13,6 +13,7 @@
 
 #include "CDShowPlayerProbe.h"
 #include "dispatch/CMediaPlayer.h"
+#include "dispatch/CWindowsMediaRoute.h"
 
 class CPlaybackHost
 {
@@ -31,7 +32,9 @@ public:
         LPARAM lParam;
     };
 
-    CPlaybackHost(int nWidth = 320, int nHeight = 240);
+    // pRoute, when given, replaces the engine's Windows Media route.
+    explicit CPlaybackHost(int nWidth = 320, int nHeight = 240,
+                           std::unique_ptr<CWindowsMediaRoute> pRoute = nullptr);
     CPlaybackHost(const CPlaybackHost&) = delete;
     CPlaybackHost& operator=(const CPlaybackHost&) = delete;
     ~CPlaybackHost();

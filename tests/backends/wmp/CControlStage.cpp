@@ -1,0 +1,49 @@
+#include "CControlStage.h"
+
+#include <cwchar>
+
+#include "CTestMedia.h"
+#include "backends/wmp/CAtlAxLibrary.h"
+#include "engine/CComPtr.h"
+
+#include <wmp.h>
+
+namespace {
+
+BOOL CALLBACK FindAtlAxWin(HWND hWnd, LPARAM lParam)
+{
+    wchar_t szClass[32] = {};
+    GetClassNameW(hWnd, szClass, 32);
+    if (wcscmp(szClass, L"AtlAxWin") != 0)
+        return TRUE;
+    *reinterpret_cast<HWND*>(lParam) = hWnd;
+    return FALSE;
+}
+
+} // namespace
+
+HWND CControlStage::FindContainer(HWND hWnd)
+{
+    HWND hContainer = nullptr;
+    EnumChildWindows(hWnd, FindAtlAxWin, reinterpret_cast<LPARAM>(&hContainer));
+    return hContainer;
+}
+
+std::wstring CControlStage::ControlMediaType(HWND hWnd)
+{
+    CComPtr<IUnknown> pControl;
+    CComPtr<IWMPPlayer> pPlayer;
+    CComPtr<IWMPMedia> pMedia;
+    HWND hContainer = FindContainer(hWnd);
+    if (!hContainer || FAILED(CAtlAxLibrary::GetControl(hContainer, &pControl)) ||
+        FAILED(pControl.QueryInterface(__uuidof(IWMPPlayer), pPlayer)) || FAILED(pPlayer->get_currentMedia(&pMedia)) ||
+        !pMedia)
+        return L"";
+    BSTR bstrName = SysAllocString(L"MediaType");
+    BSTR bstrType = nullptr;
+    pMedia->getItemInfo(bstrName, &bstrType);
+    std::wstring type = bstrType ? bstrType : L"";
+    SysFreeString(bstrName);
+    SysFreeString(bstrType);
+    return type;
+}

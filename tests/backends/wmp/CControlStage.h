@@ -1,0 +1,33 @@
+// What the Media Player control tests share: the dispatcher routed to the control for every
+// Windows Media file (or left with the engine's own route), the control's windows under the host,
+// protected copies of the test media, and what the control itself says about its item.
+#pragma once
+
+#include <windows.h>
+
+#include <memory>
+#include <string>
+
+#include "CPlaybackHost.h"
+#include "dispatch/CWindowsMediaRoute.h"
+
+class CControlStage
+{
+public:
+    // A route that sends every Windows Media file to the control, protected or not.
+    class CEveryFileRoute : public CWindowsMediaRoute
+    {
+    protected:
+        bool PrefersMediaPlayerControl(LPCWSTR) const override { return true; }
+    };
+
+    static std::unique_ptr<CPlaybackHost> ControlHost(int nWidth = 320, int nHeight = 240)
+    {
+        return std::make_unique<CPlaybackHost>(nWidth, nHeight, std::make_unique<CEveryFileRoute>());
+    }
+
+    // The control's container window under hWnd, or null when no control is hosted there.
+    static HWND FindContainer(HWND hWnd);
+    // The media type the hosted control names for its current item ("" when it names none).
+    static std::wstring ControlMediaType(HWND hWnd);
+};
