@@ -18,6 +18,7 @@
 #include "CTestMedia.h"
 #include "engine/CComPtr.h"
 #include "engine/TessalyContract.h"
+#include "tests/support/CProcessCounts.h"
 #include "tests/support/CRecordingSink.h"
 
 namespace {
@@ -350,22 +351,6 @@ TEST_F(PlaySequence, TwoPlayObjectsPlayInOneProcess)
 // Figures are printed; the limits are generous on purpose: they catch a leak per cycle, not noise.
 TEST_F(PlaySequence, TwoHundredOpenPlayCloseCyclesLeaveNoGrowth)
 {
-    auto handles = [] {
-        DWORD dwCount = 0;
-        GetProcessHandleCount(GetCurrentProcess(), &dwCount);
-        return static_cast<long>(dwCount);
-    };
-    auto gdiObjects = [] { return static_cast<long>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)); };
-    auto committed = [] {
-        MEMORY_BASIC_INFORMATION mbi;
-        SIZE_T cbTotal = 0;
-        for (BYTE* p = nullptr; VirtualQuery(p, &mbi, sizeof(mbi)) == sizeof(mbi); p = static_cast<BYTE*>(mbi.BaseAddress) + mbi.RegionSize)
-        {
-            if (mbi.State == MEM_COMMIT && mbi.Type == MEM_PRIVATE)
-                cbTotal += mbi.RegionSize;
-        }
-        return static_cast<long>(cbTotal / 1024);
-    };
     auto cycle = [&] {
         EXPECT_EQ(S_OK, Open("tone.wav"));
         EXPECT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
@@ -374,15 +359,15 @@ TEST_F(PlaySequence, TwoHundredOpenPlayCloseCyclesLeaveNoGrowth)
     };
     for (int i = 0; i < 10; ++i) // warm-up: back-end start-up and the platform's caches
         cycle();
-    const long lHandles = handles(), lGdi = gdiObjects(), lKb = committed();
+    const CProcessCounts before = CProcessCounts::Take();
     for (int i = 0; i < 200; ++i)
         cycle();
     PumpUntil([] { return false; }, 200);
-    const long dHandles = handles() - lHandles, dGdi = gdiObjects() - lGdi, dKb = committed() - lKb;
-    std::printf("after 200 cycles: handles %+ld, GDI objects %+ld, private memory %+ld KiB\n", dHandles, dGdi, dKb);
-    EXPECT_LT(dHandles, 50);
-    EXPECT_LT(dGdi, 50);
-    EXPECT_LT(dKb, 16 * 1024);
+    const CProcessCounts growth = CProcessCounts::Take() - before;
+    growth.Print("after 200 cycles");
+    EXPECT_LT(growth.lHandles, 50);
+    EXPECT_LT(growth.lGdiObjects, 50);
+    EXPECT_LT(growth.lPrivateKb, 16 * 1024);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <objbase.h>
 
 #include "backends/cdda/CDDAGraph.h"
+#include "tests/support/CMessagePump.h"
 
 namespace {
 
@@ -75,23 +76,7 @@ HRESULT CPlaybackHost::Open(const std::wstring& path, TESSALY_FILEINFO* pInfo, D
 
 bool CPlaybackHost::PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs)
 {
-    const ULONGLONG start = GetTickCount64();
-    for (;;)
-    {
-        MSG msg;
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
-        {
-            TranslateMessage(&msg);
-            DispatchMessageW(&msg);
-        }
-        if (done())
-            return true;
-        const ULONGLONG elapsed = GetTickCount64() - start;
-        if (elapsed >= dwTimeoutMs)
-            return false;
-        MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(dwTimeoutMs - elapsed),
-                                  QS_ALLINPUT);
-    }
+    return CMessagePump::PumpUntil(done, dwTimeoutMs);
 }
 
 void CPlaybackHost::PumpFor(DWORD dwMs)

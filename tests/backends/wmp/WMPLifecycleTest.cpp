@@ -6,7 +6,7 @@
 #include <functional>
 
 #include "CControlStage.h"
-#include "CProcessCounts.h"
+#include "tests/support/CProcessCounts.h"
 #include "CTempFolder.h"
 #include "CTestMedia.h"
 #include "backends/wmp/CWMPHost.h"
