@@ -1,5 +1,6 @@
 #include "CControlStage.h"
 
+#include <cstdio>
 #include <cwchar>
 
 #include "CTestMedia.h"
@@ -21,6 +22,23 @@ BOOL CALLBACK FindAtlAxWin(HWND hWnd, LPARAM lParam)
 }
 
 } // namespace
+
+HRESULT CControlStage::OpenRendered(CPlaybackHost& host, const char* pszName, TESSALY_FILEINFO* pInfo)
+{
+    TESSALY_FILEINFO info = {};
+    HRESULT hr = E_FAIL;
+    for (int nAttempt = 0; nAttempt < 4; ++nAttempt)
+    {
+        hr = host.Open(CTestMedia::Path(pszName), &info);
+        if (FAILED(hr) || info.dDuration > 0.0)
+            break;
+        std::printf("the platform rendered nothing of %s behind the control; opening it again\n", pszName);
+        host.Player().CloseFile();
+    }
+    if (pInfo)
+        *pInfo = info;
+    return hr;
+}
 
 HWND CControlStage::FindContainer(HWND hWnd)
 {

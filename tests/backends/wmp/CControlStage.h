@@ -26,6 +26,11 @@ public:
         return std::make_unique<CPlaybackHost>(nWidth, nHeight, std::make_unique<CEveryFileRoute>());
     }
 
+    // Opens a test medium; when the busy platform's graph behind the control renders nothing of
+    // it (the control then still reports the item open, with no duration), opens it again, as
+    // the DirectShow tests do for the same platform fault, up to four times.
+    static HRESULT OpenRendered(CPlaybackHost& host, const char* pszName, TESSALY_FILEINFO* pInfo = nullptr);
+
     // The control's container window under hWnd, or null when no control is hosted there.
     static HWND FindContainer(HWND hWnd);
     // The media type the hosted control names for its current item ("" when it names none).

@@ -46,7 +46,7 @@ TEST_P(WMPPlayback, OpensWithItsDurationThenPlaysInRealTimeToTheCompletionEvent)
     ASSERT_TRUE(CTestMedia::Read(GetParam(), &truth));
     auto host = CControlStage::ControlHost();
     TESSALY_FILEINFO info = {};
-    ASSERT_EQ(S_OK, host->Open(CTestMedia::Path(GetParam()), &info));
+    ASSERT_EQ(S_OK, CControlStage::OpenRendered(*host, GetParam(), &info));
     ASSERT_NE(nullptr, CControlStage::FindContainer(host->Window()));
     EXPECT_NEAR(truth.dDuration, info.dDuration, 0.1);
     ExpectKind(CControlStage::ControlMediaType(host->Window()), info, truth);
@@ -74,7 +74,7 @@ TEST_P(WMPPlayback, OpensWithItsDurationThenPlaysInRealTimeToTheCompletionEvent)
 TEST_P(WMPPlayback, StopHaltsProgressAndPlayStartsAgain)
 {
     auto host = CControlStage::ControlHost();
-    ASSERT_EQ(S_OK, host->Open(CTestMedia::Path(GetParam()), nullptr));
+    ASSERT_EQ(S_OK, CControlStage::OpenRendered(*host, GetParam()));
     ASSERT_EQ(S_OK, host->Player().Play());
     host->PumpFor(500);
     ASSERT_EQ(S_OK, host->Player().Stop());
@@ -93,7 +93,7 @@ TEST_P(WMPPlayback, StopHaltsProgressAndPlayStartsAgain)
 TEST(WMPSeek, ASeekWhilePlayingMovesTheProgressThere)
 {
     auto host = CControlStage::ControlHost();
-    ASSERT_EQ(S_OK, host->Open(CTestMedia::Path("tone.wma"), nullptr));
+    ASSERT_EQ(S_OK, CControlStage::OpenRendered(*host, "tone.wma"));
     ASSERT_EQ(S_OK, host->Player().Play());
     host->PumpFor(200);
     ASSERT_EQ(S_OK, host->Player().SeekTo(1.2));
@@ -109,7 +109,7 @@ TEST_P(WMPPlayback, PauseAndResumeAreForwardedAndPlaybackStillCompletes)
     CTestMedia::Truth truth;
     ASSERT_TRUE(CTestMedia::Read(GetParam(), &truth));
     auto host = CControlStage::ControlHost();
-    ASSERT_EQ(S_OK, host->Open(CTestMedia::Path(GetParam()), nullptr));
+    ASSERT_EQ(S_OK, CControlStage::OpenRendered(*host, GetParam()));
     const ULONGLONG start = GetTickCount64();
     ASSERT_EQ(S_OK, host->Player().Play());
     host->PumpFor(400);
