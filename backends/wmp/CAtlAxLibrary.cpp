@@ -1,5 +1,6 @@
 #include "backends/wmp/CAtlAxLibrary.h"
 
+
 #include "backends/wmp/WMPInterfaces.h"
 #include "engine/CComPtr.h"
 #include "engine/Trace.h"
@@ -43,10 +44,32 @@ const CAtlAxLibrary::Entries* CAtlAxLibrary::Load()
     return s_pEntries;
 }
 
+DWORD WINAPI CAtlAxLibrary::WinInitThread(void* pContext)
+{
+    auto pCall = static_cast<WinInitCall*>(pContext);
+    pCall->bResult = pCall->pEntries->pfnWinInit();
+    return 0;
+}
+
+// Registering the container class is process-wide and needed once. It runs on a thread of its
+// own because some ATLs (the platform's here) also initialise OLE on the calling thread and never
+// take it back: on the host's thread that would leave the host's apartment open after the host
+// ended it (and unbalanced once per control host).
 bool CAtlAxLibrary::WinInit()
 {
-    const Entries* pEntries = Load();
-    return pEntries && pEntries->pfnWinInit();
+    static const bool s_bRegistered = [] {
+        WinInitCall call = {Load(), FALSE};
+        if (!call.pEntries)
+            return false;
+        // The caller waits for the thread, so the call record on its stack outlives it.
+        HANDLE hThread = CreateThread(nullptr, 0, &CAtlAxLibrary::WinInitThread, &call, 0, nullptr);
+        if (!hThread)
+            return false;
+        WaitForSingleObject(hThread, INFINITE);
+        CloseHandle(hThread);
+        return call.bResult != FALSE;
+    }();
+    return s_bRegistered;
 }
 
 HRESULT CAtlAxLibrary::GetHost(HWND hWnd, IUnknown** ppHost)

@@ -20,5 +20,11 @@ public:
 
 private:
     struct Entries;
+    struct WinInitCall
+    {
+        const Entries* pEntries;
+        BOOL bResult;
+    };
     static const Entries* Load();
+    static DWORD WINAPI WinInitThread(void* pContext);
 };

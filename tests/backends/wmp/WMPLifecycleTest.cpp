@@ -141,6 +141,10 @@ protected:
         m_pHost.reset();
         DestroyWindow(m_hParent);
         CoUninitialize();
+        // The apartment ended with the test's own uninitialisation: hosting the control left no
+        // initialisation of its own on this thread.
+        EXPECT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
+        CoUninitialize();
     }
     HWND m_hParent = nullptr;
     std::unique_ptr<CWMPHost> m_pHost;
