@@ -40,6 +40,26 @@ HRESULT CControlStage::OpenRendered(CPlaybackHost& host, const char* pszName, TE
     return hr;
 }
 
+ULONGLONG CControlStage::PlayRendered(CPlaybackHost& host, const char* pszName)
+{
+    for (int nAttempt = 0; nAttempt < 4; ++nAttempt)
+    {
+        const ULONGLONG start = GetTickCount64();
+        if (host.Player().Play() != S_OK)
+            return 0;
+        host.PumpFor(400);
+        const std::vector<double> progress = host.Progress();
+        if (!progress.empty() && progress.back() > 0.0)
+            return start;
+        std::printf("the platform rendered nothing of %s when the control played it; opening it again\n", pszName);
+        host.Player().CloseFile();
+        host.events.clear();
+        if (FAILED(OpenRendered(host, pszName)))
+            return 0;
+    }
+    return 0;
+}
+
 HWND CControlStage::FindContainer(HWND hWnd)
 {
     HWND hContainer = nullptr;

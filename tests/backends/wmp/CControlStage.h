@@ -31,6 +31,12 @@ public:
     // the DirectShow tests do for the same platform fault, up to four times.
     static HRESULT OpenRendered(CPlaybackHost& host, const char* pszName, TESSALY_FILEINFO* pInfo = nullptr);
 
+    // Plays the open item. This platform's control builds its graph again on every play, and the
+    // busy platform now and then renders nothing, so that the position never moves: then the
+    // medium is opened and played again, up to four times. Returns the tick at which the play
+    // that moved was asked for, after 400 ms of it; 0 when none moved.
+    static ULONGLONG PlayRendered(CPlaybackHost& host, const char* pszName);
+
     // The control's container window under hWnd, or null when no control is hosted there.
     static HWND FindContainer(HWND hWnd);
     // The media type the hosted control names for its current item ("" when it names none).
