@@ -19,7 +19,9 @@ foreach(_gtest_target gtest gtest_main gmock gmock_main)
 endforeach()
 
 # tessaly_test(name SOURCES... LIBS ... [PROPERTIES ...] [GL_RENDERER_CASES filter]): one GoogleTest
-# program, its cases discovered when ctest runs, each with the given ctest properties. The prefixes
+# program, its cases discovered when ctest runs, each with the given ctest properties and five
+# minutes to run (the open/close cycle cases take half a minute alone and over two on a busy
+# machine; a hang still ends the run in good time). The prefixes
 # draw Direct3D through GDI, the only way video reaches a child window under Xvfb; Wine's VMR-9
 # cannot render that way at all, so the cases that need it (a --gtest_filter pattern) run with
 # Wine's OpenGL renderer instead.
@@ -32,10 +34,10 @@ function(tessaly_test name)
   tessaly_warnings(${name})
   set(discover ${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 TEST_PREFIX "${name}.")
   if(T_GL_RENDERER_CASES)
-    gtest_discover_tests(${discover} TEST_FILTER "-${T_GL_RENDERER_CASES}" PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
+    gtest_discover_tests(${discover} TEST_FILTER "-${T_GL_RENDERER_CASES}" PROPERTIES TIMEOUT 300 ${T_PROPERTIES})
     gtest_discover_tests(${discover} TEST_FILTER "${T_GL_RENDERER_CASES}"
-      PROPERTIES TIMEOUT 120 ENVIRONMENT "WINE_D3D_CONFIG=renderer=gl" ${T_PROPERTIES})
+      PROPERTIES TIMEOUT 300 ENVIRONMENT "WINE_D3D_CONFIG=renderer=gl" ${T_PROPERTIES})
   else()
-    gtest_discover_tests(${discover} PROPERTIES TIMEOUT 120 ${T_PROPERTIES})
+    gtest_discover_tests(${discover} PROPERTIES TIMEOUT 300 ${T_PROPERTIES})
   endif()
 endfunction()

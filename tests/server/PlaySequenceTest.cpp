@@ -119,7 +119,7 @@ TEST_F(PlaySequence, ProgressAboutTenTimesASecondThenCompletionThenStop)
 }
 
 // Protected content goes to the Media Player control, which this platform has but which never
-// plays such a file here: the host gets the back-end's own failure code, promptly, and the object
+// plays such a file here: the host gets the back-end's own failure code within the open limit, and the object
 // then plays the same file unprotected through DirectShow.
 TEST_F(PlaySequence, AProtectedWindowsMediaFileFailsWithTheControlsCodeAndTheObjectPlaysOn)
 {
@@ -129,7 +129,9 @@ TEST_F(PlaySequence, AProtectedWindowsMediaFileFailsWithTheControlsCodeAndTheObj
     TESSALY_FILEINFO info = {7, 7.0, 7, 7};
     const ULONGLONG start = GetTickCount64();
     EXPECT_EQ(TESSALY_E_CANNOTPLAY, m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, &info));
-    EXPECT_LT(GetTickCount64() - start, 5000u);
+    // The process's first use of the control loads it and its platform; a busy machine stretches
+    // that, but never to the control's open limit of 20 s.
+    EXPECT_LT(GetTickCount64() - start, 20000u);
     EXPECT_EQ(7.0, info.dDuration);
 
     ASSERT_EQ(S_OK, Open("tone.wma", &info));

@@ -1,6 +1,9 @@
 #include "CPlaybackHost.h"
 
 #include <objbase.h>
+#include <vfwmsgs.h>
+
+#include <cstdio>
 
 #include "backends/cdda/CDDAGraph.h"
 #include "tests/support/CMessagePump.h"
@@ -72,6 +75,22 @@ HRESULT CPlaybackHost::Open(const std::wstring& path, TESSALY_FILEINFO* pInfo, D
     if (FAILED(hr))
         return hr;
     return m_pPlayer->OpenFile(path.c_str(), 0, dwPlaybackFlags, pInfo);
+}
+
+HRESULT CPlaybackHost::OpenWhole(const std::wstring& path, TESSALY_FILEINFO* pInfo, const std::function<void()>& beforeEach,
+                                 const std::function<bool()>& accepted)
+{
+    HRESULT hr = E_FAIL;
+    for (int nAttempt = 0; nAttempt < 4; ++nAttempt)
+    {
+        beforeEach();
+        hr = Open(path, pInfo);
+        if (hr != TESSALY_S_PARTIAL_RENDER && hr != VFW_E_CANNOT_RENDER && (FAILED(hr) || accepted()))
+            break;
+        std::printf("the platform rendered %ls in part (0x%08lx); opening it again\n", path.c_str(), static_cast<unsigned long>(hr));
+        m_pPlayer->CloseFile();
+    }
+    return hr;
 }
 
 bool CPlaybackHost::PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs)

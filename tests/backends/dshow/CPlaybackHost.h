@@ -41,6 +41,11 @@ public:
 
     // Init for the file, then OpenFile, as the Play object does it.
     HRESULT Open(const std::wstring& path, TESSALY_FILEINFO* pInfo, DWORD dwPlaybackFlags = 1);
+    // Open, made again (and printed) while the busy platform renders only part or nothing of a
+    // file it renders whole on other tries; accepted() may ask for more of the result.
+    HRESULT OpenWhole(const std::wstring& path, TESSALY_FILEINFO* pInfo,
+                      const std::function<void()>& beforeEach = [] {},
+                      const std::function<bool()>& accepted = [] { return true; });
     // Dispatches this thread's messages until done() holds or the time runs out.
     bool PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs);
     void PumpFor(DWORD dwMs);

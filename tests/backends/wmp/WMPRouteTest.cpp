@@ -45,7 +45,7 @@ TEST(WMPRoute, UnprotectedFilesStayWithDirectShow)
     {
         SCOPED_TRACE(pszName);
         CPlaybackHost host;
-        ASSERT_EQ(S_OK, host.Open(CTestMedia::Path(pszName), nullptr));
+        ASSERT_EQ(S_OK, host.OpenWhole(CTestMedia::Path(pszName), nullptr));
         EXPECT_NE(nullptr, host.DShow().Graph());
         EXPECT_EQ(nullptr, CControlStage::FindContainer(host.Window()));
     }
