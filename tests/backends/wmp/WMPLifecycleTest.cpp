@@ -202,8 +202,16 @@ TEST(WMPLifecycle, AHundredOpensAndClosesLeaveHandlesWindowsThreadsAndMemoryFlat
         ASSERT_EQ(S_OK, host->Open(path, nullptr)) << "cycle " << i;
         ASSERT_EQ(S_OK, host->Player().CloseFile());
     }
-    host->PumpFor(200);
-    const CProcessCounts growth = CProcessCounts::Take() - before;
+    // The platform's streaming threads of the last graphs end a little after the close; on a busy
+    // machine up to a few seconds after. A leak per cycle would show a hundred of them.
+    CProcessCounts growth;
+    for (int nWait = 0; nWait < 25; ++nWait)
+    {
+        host->PumpFor(200);
+        growth = CProcessCounts::Take() - before;
+        if (growth.lThreads < 3)
+            break;
+    }
     growth.Print("after 100 open/close cycles through the control");
     EXPECT_LT(growth.lHandles, 50);
     EXPECT_LT(growth.lUserObjects, 20);
