@@ -46,8 +46,9 @@ xvfb-run -a -n $((100 + RANDOM % 800)) -s "-screen 0 1280x1024x24 -nolisten tcp"
     ./wine-run cmd /c exit >/dev/null 2>&1 || true
     ./wine-run --wineserver -p
     echo "== tests of $dir"
-    # A case that runs out of time is run once more: Wine's GStreamer now and then deadlocks inside
-    # the Media Player control's open on a busy machine (see README); ctest prints the first run's output, then the second run's result.
+    # A case that runs out of time is run once more: the platform GStreamer now and then deadlocks
+    # inside the Media Player control open on a busy machine (see README). No apostrophes here:
+    # this block is one single-quoted string.
     ctest --output-on-failure -j "$(nproc)" --repeat after-timeout:2 "$@" || rc=1
     ./wine-run --wineserver -k || true
   done
