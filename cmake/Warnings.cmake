@@ -9,7 +9,7 @@ endfunction()
 function(tessaly_release_has_no_traces target)
   if(CMAKE_BUILD_TYPE STREQUAL "Release")
     add_custom_command(TARGET ${target} POST_BUILD
-      COMMAND sh ${CMAKE_SOURCE_DIR}/cmake/check-no-traces.sh $<TARGET_FILE:${target}>
+      COMMAND sh ${CMAKE_SOURCE_DIR}/cmake/check-no-traces.sh $<TARGET_FILE:${target}> ${CMAKE_SOURCE_DIR}
       VERBATIM)
   endif()
 endfunction()
