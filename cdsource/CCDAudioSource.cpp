@@ -212,6 +212,12 @@ STDMETHODIMP CCDAudioSource::Load(LPCOLESTR pwszSpec, const AM_MEDIA_TYPE*)
     CScopedLock lock(&m_cs);
     if (m_state != State_Stopped)
         return VFW_E_NOT_STOPPED;
+    // A refused range must not leave the previous one behind: a caller that connects without
+    // checking the load would otherwise play tracks it no longer asked for.
+    m_streamer.SetSource(nullptr, nullptr);
+    m_pReader.reset();
+    m_pRange.reset();
+    m_spec.clear();
     try
     {
         CTrackSpec spec;

@@ -4,8 +4,8 @@
 //
 // Results of Load, beyond those of CTrackSpec::Parse and CCDReader::Open: E_POINTER for a null
 // text, VFW_E_NOT_STOPPED unless stopped, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when the disc
-// lacks the first or last track. A failed Load leaves the range loaded before it (if any) as it
-// was. A Load on a connected filter keeps the connection: the media type never changes.
+// lacks the first or last track. A failed Load leaves no range at all, not the one loaded before
+// it. A Load on a connected filter keeps the connection: the media type never changes.
 #pragma once
 
 #include <windows.h>

@@ -122,7 +122,14 @@ HRESULT CDDAGraph::SetCurTime(double dSeconds)
     LONGLONG llTarget = CUtility::SecondsToReferenceTime(dSeconds);
     LONGLONG llEarliest = 0;
     LONGLONG llLatest = 0;
-    m_pMediaSeek->GetAvailable(&llEarliest, &llLatest);
+    // A graph that cannot say what is available (Wine's is a stub: it succeeds and writes nothing)
+    // would otherwise clamp every seek to the start: its duration bounds the range instead.
+    if (FAILED(m_pMediaSeek->GetAvailable(&llEarliest, &llLatest)) || llLatest <= llEarliest)
+    {
+        llEarliest = 0;
+        if (FAILED(m_pMediaSeek->GetDuration(&llLatest)))
+            llLatest = 0;
+    }
     TESSALY_TRACE("Playback > Seek Range are %f - %f\n", CUtility::ReferenceTimeToSeconds(llEarliest),
                   CUtility::ReferenceTimeToSeconds(llLatest));
     if (llTarget < llEarliest)

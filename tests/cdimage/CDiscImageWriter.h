@@ -13,17 +13,13 @@ public:
     {
         double dFrequency;   // sine tone, both channels; 0 for digital silence
         uint32_t ulSectors;  // length in CD frames (75 a second)
-        bool bAudio = true;  // false: a MODE1/2352 data track filled with a byte pattern
+        bool bAudio = true;  // false: a MODE1/2352 data track, every byte 0xA5 (a level no tone reaches)
     };
 
-    // Three audio tracks of different pitch and length, each about a second:
     // 440 Hz 75 sectors, 660 Hz 90 sectors, 880 Hz 60 sectors.
     static std::vector<Track> ThreeTones();
-
-    // Writes <folder>/<stem>.bin and <folder>/<stem>.cue (folder as the platform's fopen takes
-    // it, UTF-8); returns the .cue path, or empty if a file could not be written.
+    // Writes <folder>/<stem>.bin and .cue (UTF-8 paths); the .cue path, or empty on failure.
     static std::string Write(const std::string& folder, const std::string& stem, const std::vector<Track>& tracks);
-
-    // The 16-bit left-channel sample a track holds at sample index n (what Write put there).
+    // The 16-bit sample (both channels) an audio track holds at sample index n.
     static int16_t Sample(const Track& track, uint64_t n);
 };

@@ -20,8 +20,6 @@ public:
     std::string Write(const std::string& relative, const std::string& bytes) const;
     void Resize(const std::string& relative, uint64_t size) const;
     void Remove(const std::string& relative) const;
-    // Moves a file, making the folders on the new path's way.
-    void Move(const std::string& from, const std::string& to) const;
 
 private:
     std::string m_root;

@@ -1,5 +1,6 @@
-// What the filter's test cases share: COM on the test's thread, a filter made directly from its
-// class (no registry), and a recording pin to connect it to.
+// What the filter's test cases share: COM on the test's thread, a filter made from its class (no
+// registry) with its interfaces, a recording pin to connect it to, and a disc image that a drive
+// letter stands for.
 #pragma once
 
 #include <windows.h>
@@ -8,6 +9,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <vector>
+
+#include "CDiscImageWriter.h"
+#include "CImageFolder.h"
 #include "CRecordingPin.h"
 #include "cdsource/CDAudioSource.h"
 #include "engine/CComPtr.h"
@@ -16,28 +22,31 @@ class CFilterFixture : public ::testing::Test
 {
 protected:
     void SetUp() override;
+    // Stops the filter and takes the connection down, as a graph does. Every reference a case
+    // took must be back then: the recorder's, and the fixture's release of the filter is the last.
     void TearDown() override;
 
-    static CComPtr<IBaseFilter> CreateFilter();
-    // References held by anyone, read without changing them.
-    static ULONG RefCount(IUnknown* p);
+    static ULONG RefCount(IUnknown* p) { p->AddRef(); return p->Release(); }
 
-    // Connects the filter's pin to a new recording pin, made with these options.
+    // Writes "disc.cue" and "disc.bin" of these tracks to ImageFolder() and sets the letter to
+    // stand for them until the case ends. Cases run side by side in separate processes, so each
+    // case uses a letter of its own.
+    bool UseImage(WCHAR wcLetter, const std::vector<CDiscImageWriter::Track>& tracks = CDiscImageWriter::ThreeTones());
+    const CImageFolder& ImageFolder() const { return *m_pImage; }
+    // Sectors of disc.bin as written, from sector ulFirst of the disc on; empty if it cannot be read.
+    std::vector<uint8_t> ImageSectors(uint32_t ulFirst, uint32_t ulCount) const;
+
+    // A new recording pin for the filter's pin; the one before must be free of the filter.
     HRESULT ConnectRecorder(const CRecordingPin::Options& options = CRecordingPin::Options());
-    // Stops the filter and takes both pins' connection down, as a graph does.
-    void DisconnectRecorder();
-
-    template <class Q>
-    CComPtr<Q> Get(REFIID riid) const
-    {
-        CComPtr<Q> p;
-        m_filter.QueryInterface(riid, p);
-        return p;
-    }
 
     CComPtr<IBaseFilter> m_filter;
     CComPtr<IPin> m_pin;
     CComPtr<IFileSourceFilter> m_source;
+    CComPtr<IMediaSeeking> m_seeking;
     CComPtr<ICDAudioSourceConfig> m_config;
     CComPtr<CRecordingPin> m_recorder;
+
+private:
+    std::unique_ptr<CImageFolder> m_pImage;
+    WCHAR m_wcImageLetter = 0;
 };

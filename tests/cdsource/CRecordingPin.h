@@ -1,7 +1,6 @@
-// A downstream input pin as a real COM object: it takes the source's connection, records every
-// call and sample it receives (times, flags, bytes) in order, and can be told to act as a
-// renderer would: refuse a connection or an allocator, keep the samples it gets (so the
-// allocator runs dry), or hold each Receive until it is flushed or released.
+// A downstream input pin as a real COM object: it records the calls and samples it receives, in
+// order. It can refuse the connection or lack IMemInputPin, and can keep the samples it takes, as
+// a renderer queues them, so that the source's allocator runs dry.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +8,6 @@
 #include <dshow.h>
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -21,95 +19,77 @@ public:
     struct Options
     {
         HRESULT hrReceiveConnection = S_OK;
-        bool bMemInput = true;             // answers IMemInputPin
-        bool bOffersAllocator = true;      // GetAllocator hands out a memory allocator of its own
-        HRESULT hrNotifyAllocator = S_OK;  // answer to NotifyAllocator, for every allocator
-        bool bHasRequirements = false;     // GetAllocatorRequirements: these, or E_NOTIMPL
-        ALLOCATOR_PROPERTIES requirements = {};
-        bool bKeepSamples = false;         // keeps a reference to each sample until flushed or ReleaseSamples
-        bool bBlockReceive = false;        // each Receive waits until a flush or Unblock
-        HRESULT hrReceive = S_OK;          // once recorded, Receive answers this
-    };
-
-    struct Sample
-    {
-        REFERENCE_TIME tStart = 0;
-        REFERENCE_TIME tEnd = 0;
-        bool bTimeValid = false;
-        bool bDiscontinuity = false;
-        bool bSyncPoint = false;
-        std::vector<uint8_t> data;
+        bool bMemInput = true; // answers IMemInputPin
+        bool bKeepSamples = false; // until a flush or ReleaseSamples
     };
 
     explicit CRecordingPin(const Options& options);
-    virtual ~CRecordingPin();
+    virtual ~CRecordingPin() { DeleteCriticalSection(&m_cs); }
 
     STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override;
     STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&m_lRef)); }
     STDMETHODIMP_(ULONG) Release() override;
 
     STDMETHODIMP Connect(IPin*, const AM_MEDIA_TYPE*) override { return E_UNEXPECTED; }
-    STDMETHODIMP ReceiveConnection(IPin* pConnector, const AM_MEDIA_TYPE* pmt) override;
-    STDMETHODIMP Disconnect() override;
-    STDMETHODIMP ConnectedTo(IPin** ppPin) override;
-    STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE* pmt) override;
-    STDMETHODIMP QueryPinInfo(PIN_INFO* pInfo) override;
-    STDMETHODIMP QueryDirection(PIN_DIRECTION* pDirection) override;
+    STDMETHODIMP ReceiveConnection(IPin*, const AM_MEDIA_TYPE*) override
+    {
+        return Log("ReceiveConnection", m_options.hrReceiveConnection);
+    }
+    STDMETHODIMP Disconnect() override { return Log("Disconnect"); }
+    STDMETHODIMP ConnectedTo(IPin**) override { return E_NOTIMPL; }
+    STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE*) override { return E_NOTIMPL; }
+    STDMETHODIMP QueryPinInfo(PIN_INFO*) override { return E_NOTIMPL; }
+    STDMETHODIMP QueryDirection(PIN_DIRECTION* pDirection) override { *pDirection = PINDIR_INPUT; return S_OK; }
     STDMETHODIMP QueryId(LPWSTR*) override { return E_NOTIMPL; }
     STDMETHODIMP QueryAccept(const AM_MEDIA_TYPE*) override { return S_OK; }
     STDMETHODIMP EnumMediaTypes(IEnumMediaTypes**) override { return E_NOTIMPL; }
     STDMETHODIMP QueryInternalConnections(IPin**, ULONG*) override { return E_NOTIMPL; }
-    STDMETHODIMP EndOfStream() override;
-    STDMETHODIMP BeginFlush() override;
-    STDMETHODIMP EndFlush() override;
-    STDMETHODIMP NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override;
+    STDMETHODIMP EndOfStream() override { return Log("EndOfStream"); }
+    STDMETHODIMP BeginFlush() override { return Flush(true); }
+    STDMETHODIMP EndFlush() override { return Flush(false); }
+    STDMETHODIMP NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override
+    {
+        return Log("NewSegment " + std::to_string(tStart) + " " + std::to_string(tStop) + (dRate == 1.0 ? "" : " rate?"));
+    }
 
-    STDMETHODIMP GetAllocator(IMemAllocator** ppAllocator) override;
-    STDMETHODIMP NotifyAllocator(IMemAllocator* pAllocator, BOOL bReadOnly) override;
-    STDMETHODIMP GetAllocatorRequirements(ALLOCATOR_PROPERTIES* pProps) override;
+    STDMETHODIMP GetAllocator(IMemAllocator** ppAllocator) override
+    {
+        *ppAllocator = m_pOwnAllocator.Get();
+        (*ppAllocator)->AddRef();
+        return Log("GetAllocator");
+    }
+    STDMETHODIMP NotifyAllocator(IMemAllocator* pAllocator, BOOL) override
+    {
+        return Log(pAllocator == m_pOwnAllocator.Get() ? "NotifyAllocator(own)" : "NotifyAllocator(other)");
+    }
+    STDMETHODIMP GetAllocatorRequirements(ALLOCATOR_PROPERTIES*) override { return E_NOTIMPL; }
     STDMETHODIMP Receive(IMediaSample* pSample) override;
-    STDMETHODIMP ReceiveMultiple(IMediaSample** ppSamples, long nSamples, long* pnProcessed) override;
-    STDMETHODIMP ReceiveCanBlock() override { return m_options.bBlockReceive ? S_OK : S_FALSE; }
+    STDMETHODIMP ReceiveMultiple(IMediaSample**, long, long*) override { return E_NOTIMPL; }
+    STDMETHODIMP ReceiveCanBlock() override { return S_FALSE; }
 
-    // What happened, in order: "ReceiveConnection", "GetAllocator", "NotifyAllocator(own)" or
-    // "NotifyAllocator(other)", "NewSegment 0 30000000", "Receive", "EndOfStream", "BeginFlush",
-    // "EndFlush", "Disconnect".
+    // "ReceiveConnection", "GetAllocator", "NotifyAllocator(own)" or "NotifyAllocator(other)",
+    // "NewSegment 0 30000000", "Receive <start> <end> <bytes>[ discontinuity]", "EndOfStream",
+    // "BeginFlush", "EndFlush", "Disconnect".
     std::vector<std::string> Calls() const;
-    std::vector<Sample> Samples() const;
-    // Bytes of the samples it accepted, and the left-channel 16-bit samples in them, in order.
-    uint64_t AcceptedBytes() const;
-    std::vector<int16_t> LeftChannel(size_t nFromSample = 0) const;
+    // The calls that begin with this text.
     size_t Count(const std::string& call) const;
-    bool WaitFor(const std::function<bool()>& done, DWORD dwTimeoutMs) const;
-    bool WaitForCall(const std::string& call, size_t nTimes, DWORD dwTimeoutMs) const;
-
-    AM_MEDIA_TYPE ConnectedType() const { return m_type; } // format block not copied
-    WAVEFORMATEX ConnectedFormat() const { return m_format; }
-    bool NotifiedOwnAllocator() const { return m_bNotifiedOwn; }
-    ALLOCATOR_PROPERTIES NotifiedProperties() const;
-    // The samples it keeps (bKeepSamples), and any Receive it holds (bBlockReceive), let go.
-    void ReleaseSamples();
-    void Unblock();
-    LONG Refs() const { return m_lRef; }
-    // Starts a new recording (samples and calls), e.g. after a flush.
+    bool WaitForCall(const std::string& call, size_t nTimes, DWORD dwTimeoutMs = 10000) const;
+    // What the samples held, end to end.
+    std::vector<uint8_t> Bytes() const;
+    void ReleaseSamples() { Flush(false); }
     void ClearRecords();
+    LONG Refs() const { return m_lRef; }
 
 private:
-    void Log(const std::string& call);
+    HRESULT Log(const std::string& call, HRESULT hr = S_OK);
+    HRESULT Flush(bool bBegin);
 
-    Options m_options;
+    const Options m_options;
     volatile LONG m_lRef = 1;
     mutable CRITICAL_SECTION m_cs;
-    HANDLE m_hChanged;  // auto-reset: something was logged
-    HANDLE m_hRelease;  // manual-reset: held Receive calls return
     std::vector<std::string> m_calls;
-    std::vector<Sample> m_samples;
+    std::vector<uint8_t> m_bytes;
     std::vector<CComPtr<IMediaSample>> m_kept;
     bool m_bFlushing = false;
-    CComPtr<IPin> m_pConnector;
-    AM_MEDIA_TYPE m_type = {};
-    WAVEFORMATEX m_format = {};
     CComPtr<IMemAllocator> m_pOwnAllocator;
-    CComPtr<IMemAllocator> m_pNotified;
-    bool m_bNotifiedOwn = false;
 };

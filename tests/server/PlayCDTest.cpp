@@ -1,7 +1,6 @@
-// A host plays a range of audio-CD tracks through the registered library: a disc image stands for
-// drive T, and the host hears each track end and then the end of the range.
+// A host plays a range of audio-CD tracks through the registered library from a disc image standing
+// for drive T, and hears each track end through the CD events and the range's end through the others.
 #include <windows.h>
-#include <objbase.h>
 #include <ocidl.h>
 
 #include <gtest/gtest.h>
@@ -19,103 +18,56 @@
 
 namespace {
 
-const WCHAR kDrive = L'T';
-
-std::wstring Wide(const std::string& text)
-{
-    const int cch = MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, nullptr, 0);
-    std::wstring result(static_cast<size_t>(cch), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.c_str(), -1, &result[0], cch);
-    result.resize(static_cast<size_t>(cch - 1));
-    return result;
-}
-
 class PlayCD : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        const std::string cue = CDiscImageWriter::Write(m_folder.Path(), "disc", {{440.0, 75}, {660.0, 120}, {880.0, 40}});
-        ASSERT_FALSE(cue.empty());
-        ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Set(kDrive, Wide(cue)));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlayCD, m_play.Out()));
-        CComPtr<IConnectionPointContainer> container;
-        ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
-        // Track ends come through the CD point, progress and completion through the common one.
-        ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayCDEvents, &m_cdEvents));
-        ASSERT_EQ(S_OK, m_cdEvents->Advise(&m_sink, &m_dwCdCookie));
-        ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &m_events));
-        ASSERT_EQ(S_OK, m_events->Advise(&m_sink, &m_dwCookie));
-    }
+    void SetUp() override { ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)); }
     void TearDown() override
     {
-        if (m_events)
-            m_events->Unadvise(m_dwCookie);
-        if (m_cdEvents)
-            m_cdEvents->Unadvise(m_dwCdCookie);
-        m_events.Reset();
-        m_cdEvents.Reset();
-        m_play.Reset();
-        CDiscImageSetting::Clear(kDrive);
+        CDiscImageSetting::Clear(L'T');
         CoUninitialize();
     }
-    std::vector<std::string> Milestones() const
-    {
-        std::vector<std::string> events;
-        for (const auto& e : m_log)
-            if (e.event != "progress")
-                events.push_back(e.event);
-        return events;
-    }
-    bool Completed() const { return !m_log.empty() && m_log.back().event == "complete"; }
-    double Duration()
-    {
-        double dDuration = -1.0;
-        EXPECT_EQ(S_OK, m_play->GetDuration(&dDuration));
-        return dDuration;
-    }
-
-    CImageFolder m_folder;
-    std::vector<CRecordingSink::Entry> m_log;
-    CRecordingSink m_sink{"host", &m_log};
-    CComPtr<IPlayCD> m_play;
-    CComPtr<IConnectionPoint> m_events;
-    CComPtr<IConnectionPoint> m_cdEvents;
-    DWORD m_dwCookie = 0;
-    DWORD m_dwCdCookie = 0;
 };
 
-TEST_F(PlayCD, ARangePlaysWithANoticeAtEachTrackEndThenCompletes)
+TEST_F(PlayCD, ARangePlaysWithANoticeAtEachTrackEndThenCompletesAndRefusedRangesAnswerOne)
 {
-    ASSERT_EQ(S_OK, m_play->OpenCD(static_cast<short>(kDrive), 1, 3));
-    EXPECT_EQ(1.0, Duration());
-    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
-    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return Completed(); }, 15000));
-    // The last track's own notice depends on a progress reading falling past its end in time.
-    std::vector<std::string> milestones = Milestones();
-    ASSERT_GE(milestones.size(), 3u);
-    EXPECT_EQ("track", milestones[0]);
-    EXPECT_EQ("track", milestones[1]);
-    EXPECT_EQ("complete", milestones.back());
-    EXPECT_LE(milestones.size(), 4u);
-}
+    CImageFolder folder;
+    const std::string cue = CDiscImageWriter::Write(folder.Path(), "disc", {{440.0, 75}, {660.0, 120}, {880.0, 40}});
+    std::wstring wide(cue.size(), L'\0');
+    wide.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, cue.c_str(), static_cast<int>(cue.size()),
+                                                        &wide[0], static_cast<int>(wide.size()))));
+    ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Set(L'T', wide));
+    std::vector<CRecordingSink::Entry> log;
+    CRecordingSink sink("host", &log);
+    CComPtr<IPlayCD> play;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlayCD, play.Out()));
+    CComPtr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, play.QueryInterface(IID_IConnectionPointContainer, container));
+    CComPtr<IConnectionPoint> points[2];
+    DWORD cookies[2] = {};
+    for (int i = 0; i < 2; ++i)
+    {
+        ASSERT_EQ(S_OK, container->FindConnectionPoint(i ? IID_IPlayEvents : IID_IPlayCDEvents, &points[i]));
+        ASSERT_EQ(S_OK, points[i]->Advise(&sink, &cookies[i]));
+    }
 
-TEST_F(PlayCD, TheSecondTrackOnwardStartsAtTheSecondTracksLength)
-{
-    ASSERT_EQ(S_OK, m_play->OpenCD(static_cast<short>(kDrive), 2, 3));
-    EXPECT_EQ(2.0, Duration()) << "track 2 lasts 1.6 s";
-    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
-    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return Completed(); }, 15000));
-    EXPECT_EQ("track", Milestones().front());
-}
+    // The back-end answers 1 for a range it refuses, which a host counts as success; a drive with
+    // no image and no disc fails to open on the CD audio device and is refused the same way.
+    EXPECT_EQ(S_FALSE, play->OpenCD(L'T', 3, 1));
+    EXPECT_EQ(S_FALSE, play->OpenCD(L'Q', 1, 2));
 
-// A reversed range is refused with 1, which a host counts as success: the object is then "open"
-// with nothing to play. A drive with no image and no disc is refused the same way.
-TEST_F(PlayCD, RefusedRangesAnswerOne)
-{
-    EXPECT_EQ(S_FALSE, m_play->OpenCD(static_cast<short>(kDrive), 3, 1));
-    EXPECT_EQ(S_FALSE, m_play->OpenCD(static_cast<short>(L'Q'), 1, 2));
+    ASSERT_EQ(S_OK, play->OpenCD(L'T', 1, 3));
+    double dDuration = -1.0;
+    EXPECT_EQ(S_OK, play->GetDuration(&dDuration));
+    EXPECT_EQ(1.0, dDuration) << "track 1's length";
+    ASSERT_EQ(S_OK, play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    EXPECT_TRUE(CMessagePump::PumpUntil([&] { return !log.empty() && log.back().event == "complete"; }, 15000));
+    std::string milestones;
+    for (const CRecordingSink::Entry& e : log)
+        milestones += e.event == "progress" ? "" : e.event + " ";
+    // The last track's own notice comes only when a progress reading sees the stream past its end
+    // before the renderer reports the end of the range, so it may or may not come.
+    EXPECT_TRUE(milestones == "track track complete " || milestones == "track track track complete ") << milestones;
 }
 
 } // namespace
