@@ -24,7 +24,7 @@ protected:
     void SetUp() override { ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)); }
     void TearDown() override
     {
-        CDiscImageSetting::Clear(L'T');
+        CDiscImageSetting::Clear(L'P');
         CoUninitialize();
     }
 };
@@ -36,7 +36,7 @@ TEST_F(PlayCD, ARangePlaysWithANoticeAtEachTrackEndThenCompletesAndRefusedRanges
     std::wstring wide(cue.size(), L'\0');
     wide.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, cue.c_str(), static_cast<int>(cue.size()),
                                                         &wide[0], static_cast<int>(wide.size()))));
-    ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Set(L'T', wide));
+    ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Set(L'P', wide));
     std::vector<CRecordingSink::Entry> log;
     CRecordingSink sink("host", &log);
     CComPtr<IPlayCD> play;
@@ -53,10 +53,10 @@ TEST_F(PlayCD, ARangePlaysWithANoticeAtEachTrackEndThenCompletesAndRefusedRanges
 
     // The back-end answers 1 for a range it refuses, which a host counts as success; a drive with
     // no image and no disc fails to open on the CD audio device and is refused the same way.
-    EXPECT_EQ(S_FALSE, play->OpenCD(L'T', 3, 1));
+    EXPECT_EQ(S_FALSE, play->OpenCD(L'P', 3, 1));
     EXPECT_EQ(S_FALSE, play->OpenCD(L'Q', 1, 2));
 
-    ASSERT_EQ(S_OK, play->OpenCD(L'T', 1, 3));
+    ASSERT_EQ(S_OK, play->OpenCD(L'P', 1, 3));
     double dDuration = -1.0;
     EXPECT_EQ(S_OK, play->GetDuration(&dDuration));
     EXPECT_EQ(1.0, dDuration) << "track 1's length";
