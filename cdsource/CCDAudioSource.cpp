@@ -6,7 +6,7 @@
 
 #include "cdsource/CCDMediaType.h"
 #include "cdsource/CScopedLock.h"
-#include "cdsource/CTrackSpec.h"
+#include "cdsource/CTrackRequest.h"
 #include "engine/CComEnum.h"
 #include "engine/Trace.h"
 
@@ -205,9 +205,9 @@ STDMETHODIMP CCDAudioSource::QueryVendorInfo(LPWSTR*)
     return E_NOTIMPL;
 }
 
-STDMETHODIMP CCDAudioSource::Load(LPCOLESTR pwszSpec, const AM_MEDIA_TYPE*)
+STDMETHODIMP CCDAudioSource::Load(LPCOLESTR pwszRequest, const AM_MEDIA_TYPE*)
 {
-    if (!pwszSpec)
+    if (!pwszRequest)
         return E_POINTER;
     CScopedLock lock(&m_cs);
     if (m_state != State_Stopped)
@@ -217,31 +217,31 @@ STDMETHODIMP CCDAudioSource::Load(LPCOLESTR pwszSpec, const AM_MEDIA_TYPE*)
     m_streamer.SetSource(nullptr, nullptr);
     m_pReader.reset();
     m_pRange.reset();
-    m_spec.clear();
+    m_request.clear();
     try
     {
-        CTrackSpec spec;
-        HRESULT hr = spec.Parse(pwszSpec);
+        CTrackRequest request;
+        HRESULT hr = request.Parse(pwszRequest);
         if (FAILED(hr))
             return hr;
         std::unique_ptr<CCDReader> pReader;
-        hr = CCDReader::Open(spec.Drive(), m_dwReadMode, &pReader);
+        hr = CCDReader::Open(request.Drive(), m_dwReadMode, &pReader);
         if (FAILED(hr))
         {
             TESSALY_TRACE("E:CCDAudioSource::Load> cannot open the disc, hr = 0x%08lx", static_cast<unsigned long>(hr));
             return hr;
         }
         std::unique_ptr<CTrackRange> pRange(new CTrackRange);
-        hr = pRange->Select(pReader->Tracks(), spec.First(), spec.Last());
+        hr = pRange->Select(pReader->Tracks(), request.First(), request.Last());
         if (FAILED(hr))
             return hr;
-        std::wstring text(pwszSpec);
+        std::wstring text(pwszRequest);
 
         // Nothing below can fail: the new range replaces the old one whole.
         m_streamer.SetSource(pReader.get(), pRange.get());
         m_pReader = std::move(pReader);
         m_pRange = std::move(pRange);
-        m_spec.swap(text);
+        m_request.swap(text);
         TESSALY_TRACE("S:CCDAudioSource::Load> %lu sectors", static_cast<unsigned long>(m_pRange->Sectors()));
         return S_OK;
     }
@@ -251,19 +251,19 @@ STDMETHODIMP CCDAudioSource::Load(LPCOLESTR pwszSpec, const AM_MEDIA_TYPE*)
     }
 }
 
-STDMETHODIMP CCDAudioSource::GetCurFile(LPOLESTR* ppwszSpec, AM_MEDIA_TYPE* pmt)
+STDMETHODIMP CCDAudioSource::GetCurFile(LPOLESTR* ppwszRequest, AM_MEDIA_TYPE* pmt)
 {
-    if (!ppwszSpec)
+    if (!ppwszRequest)
         return E_POINTER;
-    *ppwszSpec = nullptr;
+    *ppwszRequest = nullptr;
     CScopedLock lock(&m_cs);
-    if (m_spec.empty())
+    if (m_request.empty())
         return E_FAIL;
-    const size_t cb = (m_spec.size() + 1) * sizeof(WCHAR);
+    const size_t cb = (m_request.size() + 1) * sizeof(WCHAR);
     auto* pwsz = static_cast<LPOLESTR>(CoTaskMemAlloc(cb));
     if (!pwsz)
         return E_OUTOFMEMORY;
-    std::memcpy(pwsz, m_spec.c_str(), cb);
+    std::memcpy(pwsz, m_request.c_str(), cb);
     if (pmt)
     {
         const HRESULT hr = CCDMediaType::Fill(pmt);
@@ -273,7 +273,7 @@ STDMETHODIMP CCDAudioSource::GetCurFile(LPOLESTR* ppwszSpec, AM_MEDIA_TYPE* pmt)
             return hr;
         }
     }
-    *ppwszSpec = pwsz;
+    *ppwszRequest = pwsz;
     return S_OK;
 }
 

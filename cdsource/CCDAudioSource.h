@@ -2,7 +2,7 @@
 // range of tracks, "D/3" or "D/3-7", read from the disc image the drive letter is set to stand
 // for, or else from the drive. One output pin delivers the range as 44.1 kHz stereo 16-bit PCM.
 //
-// Results of Load, beyond those of CTrackSpec::Parse and CCDReader::Open: E_POINTER for a null
+// Results of Load, beyond those of CTrackRequest::Parse and CCDReader::Open: E_POINTER for a null
 // text, VFW_E_NOT_STOPPED unless stopped, HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when the disc
 // lacks the first or last track. A failed Load leaves no range at all, not the one loaded before
 // it. A Load on a connected filter keeps the connection: the media type never changes.
@@ -60,8 +60,8 @@ public:
     // IFileSourceFilter. The media type passed to Load is ignored. GetCurFile: the track text as
     // the last successful Load took it (CoTaskMemAlloc) and, when pmt is given, the delivered
     // type (format block from CoTaskMemAlloc); E_FAIL, with a null name, before any Load.
-    STDMETHODIMP Load(LPCOLESTR pwszSpec, const AM_MEDIA_TYPE* pmt) override;
-    STDMETHODIMP GetCurFile(LPOLESTR* ppwszSpec, AM_MEDIA_TYPE* pmt) override;
+    STDMETHODIMP Load(LPCOLESTR pwszRequest, const AM_MEDIA_TYPE* pmt) override;
+    STDMETHODIMP GetCurFile(LPOLESTR* ppwszRequest, AM_MEDIA_TYPE* pmt) override;
 
     // ICDAudioSourceConfig. The read mode applies from the next Load.
     STDMETHODIMP SetReadMode(DWORD dwMode) override;
@@ -84,7 +84,7 @@ private:
     CComPtr<IReferenceClock> m_pClock;
     IFilterGraph* m_pGraph = nullptr; // not counted: the graph holds the filter
     std::wstring m_name;
-    std::wstring m_spec;
+    std::wstring m_request;
     DWORD m_dwReadMode = CDAudioRead_Default;
     // The reader and range outlive the streamer, whose thread reads them.
     std::unique_ptr<CCDReader> m_pReader;

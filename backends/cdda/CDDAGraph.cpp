@@ -17,12 +17,12 @@ const double kTolerance = static_cast<double>(0.000001f);
 const double kFramesPerSecond = 75.0;
 
 // "D/3" for one track, "D/3-7" for a range.
-void FormatTrackSpecification(WCHAR wcDrive, WORD wStart, WORD wEnd, WCHAR (&szSpec)[260])
+void FormatTrackRequest(WCHAR wcDrive, WORD wStart, WORD wEnd, WCHAR (&szRequest)[260])
 {
     if (wStart == wEnd)
-        swprintf(szSpec, 260, L"%c/%d", wcDrive, wStart);
+        swprintf(szRequest, 260, L"%c/%d", wcDrive, wStart);
     else
-        swprintf(szSpec, 260, L"%c/%d-%d", wcDrive, wStart, wEnd);
+        swprintf(szRequest, 260, L"%c/%d-%d", wcDrive, wStart, wEnd);
 }
 
 } // namespace
@@ -216,8 +216,8 @@ HRESULT CDDAGraph::OpenCD(WCHAR wcDrive, WORD wStartTrack, WORD wEndTrack)
     m_TrackDurations = GetTrackDurations(wcDrive, wStartTrack, wEndTrack);
     if (m_TrackDurations.empty())
         return 1;
-    WCHAR szSpec[260] = {};
-    FormatTrackSpecification(wcDrive, wStartTrack, wEndTrack, szSpec);
+    WCHAR szRequest[260] = {};
+    FormatTrackRequest(wcDrive, wStartTrack, wEndTrack, szRequest);
 
     if (!m_pSourceFilter)
     {
@@ -239,9 +239,9 @@ HRESULT CDDAGraph::OpenCD(WCHAR wcDrive, WORD wStartTrack, WORD wEndTrack)
     if (SUCCEEDED(m_pSourceFilter.QueryInterface(IID_IFileSourceFilter, fileSource)))
     {
         const DWORD dwStart = GetTickCount();
-        fileSource->Load(szSpec, nullptr);
+        fileSource->Load(szRequest, nullptr);
         char szNarrow[260] = {};
-        CUtility::WideToAnsi(szNarrow, szSpec, 260);
+        CUtility::WideToAnsi(szNarrow, szRequest, 260);
         TESSALY_TRACE("Open CD %s:%d-%d time = %d\n", szNarrow, wStartTrack, wEndTrack,
                       static_cast<int>(GetTickCount() - dwStart));
     }

@@ -50,9 +50,9 @@ TEST_F(FilterObject, BadInputGetsExactCodesAndClearedOutParameters)
     for (LPCWSTR pwsz : {L"", L"D", L"D:", L"D:\\track03.cda", L"D/0", L"D/100", L"D/003", L"D/3-", L"D/3 - 4", L"4/3"})
         EXPECT_EQ(E_INVALIDARG, m_source->Load(pwsz, nullptr)) << pwsz;
     EXPECT_EQ(kNotFound, m_source->Load(L"D/7-3", nullptr)); // runs backwards: no disc has it
-    LPOLESTR pwszSpec = reinterpret_cast<LPOLESTR>(1);
-    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszSpec, nullptr));
-    EXPECT_EQ(nullptr, pwszSpec);
+    LPOLESTR pwszRequest = reinterpret_cast<LPOLESTR>(1);
+    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszRequest, nullptr));
+    EXPECT_EQ(nullptr, pwszRequest);
     EXPECT_EQ(E_POINTER, m_source->GetCurFile(nullptr, nullptr));
     EXPECT_EQ(E_INVALIDARG, m_config->SetReadMode(2));
     // An unconnected filter runs with nothing to deliver; Load waits for Stop.
@@ -66,11 +66,11 @@ TEST_F(FilterObject, ARefusedLoadDropsTheRangeLoadedBefore)
 {
     ASSERT_TRUE(UseImage(L'L'));
     ASSERT_EQ(S_OK, m_source->Load(L"l/2-3", nullptr));
-    LPOLESTR pwszSpec = nullptr;
+    LPOLESTR pwszRequest = nullptr;
     AM_MEDIA_TYPE mt = {};
-    ASSERT_EQ(S_OK, m_source->GetCurFile(&pwszSpec, &mt));
-    EXPECT_EQ(std::wstring(L"l/2-3"), pwszSpec);
-    CoTaskMemFree(pwszSpec);
+    ASSERT_EQ(S_OK, m_source->GetCurFile(&pwszRequest, &mt));
+    EXPECT_EQ(std::wstring(L"l/2-3"), pwszRequest);
+    CoTaskMemFree(pwszRequest);
     EXPECT_TRUE(mt.majortype == MEDIATYPE_Audio && mt.formattype == FORMAT_WaveFormatEx && mt.pbFormat);
     CoTaskMemFree(mt.pbFormat);
     ASSERT_EQ(S_OK, ConnectRecorder());
@@ -81,9 +81,9 @@ TEST_F(FilterObject, ARefusedLoadDropsTheRangeLoadedBefore)
     // A track the disc lacks: the filter is left with no range at all, so a caller that goes on
     // without checking cannot play the tracks it asked for before.
     EXPECT_EQ(kNotFound, m_source->Load(L"L/4", nullptr));
-    pwszSpec = reinterpret_cast<LPOLESTR>(1);
-    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszSpec, nullptr));
-    EXPECT_EQ(nullptr, pwszSpec);
+    pwszRequest = reinterpret_cast<LPOLESTR>(1);
+    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszRequest, nullptr));
+    EXPECT_EQ(nullptr, pwszRequest);
     ULONGLONG cbDelivered = 1;
     ASSERT_EQ(S_OK, m_config->GetDeliveredBytes(&cbDelivered));
     EXPECT_EQ(0u, cbDelivered);
@@ -96,7 +96,7 @@ TEST_F(FilterObject, ARefusedLoadDropsTheRangeLoadedBefore)
     // A range past the disc's end likewise; the next good one plays whole on the same connection.
     ASSERT_EQ(S_OK, m_source->Load(L"L/1", nullptr));
     EXPECT_EQ(kNotFound, m_source->Load(L"L/2-4", nullptr));
-    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszSpec, nullptr));
+    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszRequest, nullptr));
     ASSERT_EQ(S_OK, m_source->Load(L"L/1", nullptr));
     m_recorder->ClearRecords();
     ASSERT_EQ(S_OK, m_filter->Pause());
@@ -120,8 +120,8 @@ TEST_F(FilterObject, DamagedOrMissingImagesFailLoadWithTheirCodes)
     ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Clear(L'B'));
     const HRESULT hr = m_source->Load(L"B/1", nullptr);
     EXPECT_TRUE(FAILED(hr) && HRESULT_FACILITY(hr) == FACILITY_WIN32) << std::hex << hr;
-    LPOLESTR pwszSpec = nullptr;
-    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszSpec, nullptr));
+    LPOLESTR pwszRequest = nullptr;
+    EXPECT_EQ(E_FAIL, m_source->GetCurFile(&pwszRequest, nullptr));
 }
 
 TEST_F(FilterObject, SeeksInWholeSectorsOfTheRangeInMediaTimeOnly)

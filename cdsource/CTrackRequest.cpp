@@ -1,4 +1,4 @@
-#include "cdsource/CTrackSpec.h"
+#include "cdsource/CTrackRequest.h"
 
 namespace {
 
@@ -22,17 +22,17 @@ int ReadTrackNumber(LPCWSTR* ppwsz)
 
 } // namespace
 
-HRESULT CTrackSpec::Parse(LPCWSTR pwszSpec)
+HRESULT CTrackRequest::Parse(LPCWSTR pwszRequest)
 {
-    if (!pwszSpec)
+    if (!pwszRequest)
         return E_INVALIDARG;
-    WCHAR wcDrive = pwszSpec[0];
+    WCHAR wcDrive = pwszRequest[0];
     if (wcDrive >= L'a' && wcDrive <= L'z')
         wcDrive = static_cast<WCHAR>(wcDrive - L'a' + L'A');
-    if (wcDrive < L'A' || wcDrive > L'Z' || pwszSpec[1] != L'/')
+    if (wcDrive < L'A' || wcDrive > L'Z' || pwszRequest[1] != L'/')
         return E_INVALIDARG;
 
-    LPCWSTR p = pwszSpec + 2;
+    LPCWSTR p = pwszRequest + 2;
     const int nFirst = ReadTrackNumber(&p);
     if (nFirst == 0)
         return E_INVALIDARG;

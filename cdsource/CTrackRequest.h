@@ -5,13 +5,13 @@
 
 #include <windows.h>
 
-class CTrackSpec
+class CTrackRequest
 {
 public:
     // S_OK; E_INVALIDARG for text of any other shape (null included);
     // HRESULT_FROM_WIN32(ERROR_NOT_FOUND) when the first track comes after the last, a range
     // no disc can hold. The members change only on S_OK.
-    HRESULT Parse(LPCWSTR pwszSpec);
+    HRESULT Parse(LPCWSTR pwszRequest);
 
     WCHAR Drive() const { return m_wcDrive; } // upper case
     int First() const { return m_nFirst; }
