@@ -1,31 +1,13 @@
 // Writes well-formed headers of the kinds ffmpeg cannot make (WMV9 FourCCs, extended stream
 // properties, bitrate records, several streams) as the fuzzer's starting corpus.
-#include <cstdio>
 #include <string>
 #include <vector>
 
 #include "CAsfHeaderBuilder.h"
-
-namespace {
-
-bool Write(const std::string& path, const std::vector<uint8_t>& bytes)
-{
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f)
-        return false;
-    const bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-    return std::fclose(f) == 0 && ok;
-}
-
-} // namespace
+#include "CSeedFolder.h"
 
 int main(int argc, char** argv)
 {
-    if (argc != 2)
-    {
-        std::fprintf(stderr, "usage: %s <directory>\n", argv[0]);
-        return 2;
-    }
     using Builder = CAsfHeaderBuilder;
     const Builder::AudioFormat stereo{0x161, 2, 44100, 16000, 1487, 16, 10};
     const Builder::AudioFormat surround{0x162, 6, 48000, 24000, 4096, 24, 0};
@@ -49,14 +31,5 @@ int main(int argc, char** argv)
         Builder().FileProperties(30000000, 0, 64000).AudioStream(1, stereo).Build(false),
         Builder().VideoStream(1, 176, 144, 12, "WMVP").StreamBitrates({{1, 250000}}).Build(),
     };
-    for (size_t i = 0; i < seeds.size(); ++i)
-    {
-        const std::string path = std::string(argv[1]) + "/built-" + std::to_string(i) + ".asf";
-        if (!Write(path, seeds[i]))
-        {
-            std::perror(path.c_str());
-            return 1;
-        }
-    }
-    return 0;
+    return CSeedFolder::Write(argc, argv, "built", ".asf", seeds);
 }

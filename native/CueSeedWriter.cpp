@@ -1,30 +1,13 @@
 // Writes cue sheets of the kinds rippers and people write (one file or several, pregaps in the
 // file before, data tracks, CR LF with a byte order mark, bare names) as the fuzzer's starting
 // corpus.
-#include <cstdio>
 #include <string>
 #include <vector>
 
-namespace {
-
-bool Write(const std::string& path, const std::string& text)
-{
-    FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f)
-        return false;
-    const bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-    return std::fclose(f) == 0 && ok;
-}
-
-} // namespace
+#include "CSeedFolder.h"
 
 int main(int argc, char** argv)
 {
-    if (argc != 2)
-    {
-        std::fprintf(stderr, "usage: %s <directory>\n", argv[0]);
-        return 2;
-    }
     const std::vector<std::string> seeds = {
         "REM GENRE Rock\nPERFORMER \"Band\"\nTITLE \"Album\"\nFILE \"Album.bin\" BINARY\n"
         "  TRACK 01 AUDIO\n    TITLE \"One\"\n    INDEX 01 00:00:00\n"
@@ -48,14 +31,5 @@ int main(int argc, char** argv)
         "FILE \"a.bin\" BINARY\rTRACK 1 AUDIO\rINDEX 1 0:00:00\rPOSTGAP 00:02:00\r"
         "FILE C:\\Music\\b.bin BINARY\rTRACK 2 AUDIO\rINDEX 01 999:59:74\r",
     };
-    for (size_t i = 0; i < seeds.size(); ++i)
-    {
-        const std::string path = std::string(argv[1]) + "/sheet-" + std::to_string(i) + ".cue";
-        if (!Write(path, seeds[i]))
-        {
-            std::perror(path.c_str());
-            return 1;
-        }
-    }
-    return 0;
+    return CSeedFolder::Write(argc, argv, "sheet", ".cue", seeds);
 }
