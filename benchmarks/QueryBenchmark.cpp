@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 
 namespace {
@@ -65,9 +65,9 @@ int wmain(int argc, wchar_t** argv)
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     int rc = 0;
     {
-        CComPtr<IQueryFileInfo> query;
+        ComPtr<IQueryFileInfo> query;
         HRESULT hr = CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo,
-                                      query.Out());
+                                      &query);
         if (FAILED(hr))
         {
             std::fprintf(stderr, "QueryFileInfo not available (0x%08lx): register the engine first\n", hr);

@@ -8,7 +8,7 @@
 #include "cdsource/CScopedLock.h"
 #include "cdsource/CTrackRequest.h"
 #include "engine/CComEnum.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -64,8 +64,8 @@ IMediaEventSink* CCDAudioSource::GraphEvents() const
     if (!m_pGraph)
         return nullptr;
     // Held uncounted like the graph itself, which outlives every delivery of its filters.
-    CComPtr<IMediaEventSink> events;
-    if (FAILED(m_pGraph->QueryInterface(IID_IMediaEventSink, events.Out())))
+    ComPtr<IMediaEventSink> events;
+    if (FAILED(m_pGraph->QueryInterface(IID_IMediaEventSink, &events)))
         return nullptr;
     return events.Get();
 }

@@ -23,7 +23,7 @@
 #include "cdsource/CSampleStreamer.h"
 #include "cdsource/CTrackRange.h"
 #include "engine/CComObjectRoot.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CCDAudioSource : public CComObjectRoot,
                        public IBaseFilter,
@@ -81,7 +81,7 @@ private:
 
     CRITICAL_SECTION m_cs;
     std::atomic<FILTER_STATE> m_state{State_Stopped}; // written under the lock, read by GetState without it
-    CComPtr<IReferenceClock> m_pClock;
+    ComPtr<IReferenceClock> m_pClock;
     IFilterGraph* m_pGraph = nullptr; // not counted: the graph holds the filter
     std::wstring m_name;
     std::wstring m_request;

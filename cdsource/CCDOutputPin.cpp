@@ -6,7 +6,7 @@
 #include "cdsource/CCDMediaType.h"
 #include "cdsource/CMediaTypeEnum.h"
 #include "cdsource/CScopedLock.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 const WCHAR CCDOutputPin::kName[] = L"Output";
 
@@ -70,8 +70,8 @@ STDMETHODIMP CCDOutputPin::Connect(IPin* pReceivePin, const AM_MEDIA_TYPE* pmt)
         return hr;
     }
 
-    CComPtr<IMemInputPin> input;
-    hr = pReceivePin->QueryInterface(IID_IMemInputPin, input.Out());
+    ComPtr<IMemInputPin> input;
+    hr = pReceivePin->QueryInterface(IID_IMemInputPin, &input);
     if (FAILED(hr))
         hr = VFW_E_NO_TRANSPORT;
     else
@@ -121,7 +121,7 @@ HRESULT CCDOutputPin::DecideAllocator(IMemInputPin* pInput)
     wanted.cbAlign = requirements.cbAlign > 1 ? requirements.cbAlign : 1;
     wanted.cbPrefix = requirements.cbPrefix > 0 ? requirements.cbPrefix : 0;
 
-    CComPtr<IMemAllocator> allocator;
+    ComPtr<IMemAllocator> allocator;
     HRESULT hr = pInput->GetAllocator(&allocator);
     if (SUCCEEDED(hr) && allocator)
     {
@@ -129,7 +129,7 @@ HRESULT CCDOutputPin::DecideAllocator(IMemInputPin* pInput)
         if (SUCCEEDED(hr))
             return hr;
     }
-    hr = CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER, IID_IMemAllocator, allocator.Out());
+    hr = CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER, IID_IMemAllocator, &allocator);
     if (FAILED(hr))
         return hr;
     return TryAllocator(pInput, allocator.Get(), wanted);

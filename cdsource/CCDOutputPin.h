@@ -12,7 +12,7 @@
 
 #include "cdsource/CPositionSeeking.h"
 #include "cdsource/CSampleStreamer.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CCDAudioSource;
 
@@ -64,8 +64,8 @@ private:
 
     CCDAudioSource* m_pFilter;
     CPositionSeeking m_seeking;
-    CComPtr<IPin> m_pConnected;
-    CComPtr<IMemInputPin> m_pInput;
-    CComPtr<IMemAllocator> m_pAllocator;
+    ComPtr<IPin> m_pConnected;
+    ComPtr<IMemInputPin> m_pInput;
+    ComPtr<IMemAllocator> m_pAllocator;
     uint32_t m_ulSectorsPerSample = kSectorsPerSample;
 };

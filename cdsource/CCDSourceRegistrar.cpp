@@ -5,7 +5,7 @@
 #include <string>
 
 #include "cdsource/CDAudioSource.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 const WCHAR CCDSourceRegistrar::kFriendlyName[] = L"Tessaly CD Audio Source";
 
@@ -57,8 +57,8 @@ private:
 HRESULT CCDSourceRegistrar::RegisterFilterEntry(bool bRegister)
 {
     CComForCall com;
-    CComPtr<IFilterMapper2> mapper;
-    HRESULT hr = CoCreateInstance(CLSID_FilterMapper2, nullptr, CLSCTX_INPROC_SERVER, IID_IFilterMapper2, mapper.Out());
+    ComPtr<IFilterMapper2> mapper;
+    HRESULT hr = CoCreateInstance(CLSID_FilterMapper2, nullptr, CLSCTX_INPROC_SERVER, IID_IFilterMapper2, &mapper);
     if (FAILED(hr))
         return hr;
     if (!bRegister)

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "cdsource/CDAudioSource.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "cdsource/CSampleStreamer.h"
 
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 CSampleStreamer::CSampleStreamer()
 {
@@ -163,7 +163,7 @@ void CSampleStreamer::Deliver()
             return;
         }
 
-        CComPtr<IMediaSample> sample;
+        ComPtr<IMediaSample> sample;
         HRESULT hr = m_pAllocator->GetBuffer(&sample, nullptr, nullptr, 0);
         if (FAILED(hr))
         {

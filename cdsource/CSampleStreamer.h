@@ -15,7 +15,7 @@
 
 #include "cdsource/CCDReader.h"
 #include "cdsource/CTrackRange.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CSampleStreamer
 {
@@ -79,9 +79,9 @@ private:
 
     HANDLE m_hThread = nullptr;
     volatile LONG m_lStopRequested = 0;
-    CComPtr<IPin> m_pPin;
-    CComPtr<IMemInputPin> m_pInput;
-    CComPtr<IMemAllocator> m_pAllocator;
+    ComPtr<IPin> m_pPin;
+    ComPtr<IMemInputPin> m_pInput;
+    ComPtr<IMemAllocator> m_pAllocator;
     uint32_t m_ulSectorsPerSample = 1;
     IMediaEventSink* m_pEvents = nullptr;
 };

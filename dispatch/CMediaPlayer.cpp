@@ -9,11 +9,12 @@
 #include "backends/quicktime/CQTAudioPlayer.h"
 #include "backends/quicktime/CQTPlayer.h"
 #include "backends/wmp/CWMPPlayer.h"
-#include "dispatch/CPlayerBase.h"
-#include "dispatch/CUtility.h"
+#include "base/CPlayerBase.h"
+#include "base/CSaturate.h"
+#include "base/CUtility.h"
 #include "dispatch/CWindowsMediaRoute.h"
-#include "dispatch/EngineMessages.h"
-#include "engine/Trace.h"
+#include "base/EngineMessages.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -424,12 +425,7 @@ HRESULT CMediaPlayer::SeekTo(double dSeconds)
     {
         // A picture's progress counts timer ticks; a seek moves that count.
         TESSALY_TRACE("E:CMediaPlayer::SeekTo> Fake Seek for a picture file");
-        if (!(dSeconds > 0.0))
-            m_dwPictureTicks = 0;
-        else if (dSeconds >= 4294967295.0)
-            m_dwPictureTicks = 0xFFFFFFFF;
-        else
-            m_dwPictureTicks = static_cast<DWORD>(dSeconds);
+        m_dwPictureTicks = CSaturate::ToUInt32(dSeconds);
         return S_OK;
     }
     const HRESULT hr = m_pCurPlayer->SetCurTime(dSeconds);

@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "display/IVideoArea.h"
 #include "engine/TessalyContract.h"
 
 class CDDAGraph;
@@ -25,7 +26,7 @@ enum : DWORD
 // The result is ignored.
 typedef HRESULT (*StreamingPlayerEventCallback)(DWORD dwEvent, ULONG_PTR ulParam, void* pContext);
 
-class CMediaPlayer
+class CMediaPlayer : public IVideoArea
 {
 public:
     // Everything the dispatcher plays with. pWMPPlayer is one of players (the target of the
@@ -52,8 +53,8 @@ public:
     bool IsInitialized() const;
     void Destroy();
     HRESULT SetEventCallback(StreamingPlayerEventCallback pfn, void* pContext);
-    HRESULT SetParentWindow(HWND hWnd);
-    HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight);
+    HRESULT SetParentWindow(HWND hWnd) override;
+    HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override;
     HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags,
                      TESSALY_FILEINFO* pOpenedFileInfo);
     HRESULT OpenCD(WCHAR wcDrive, WORD wStartTrack, WORD wEndTrack);

@@ -2,9 +2,8 @@
 
 #include <windowsx.h>
 
-#include "dispatch/CMediaPlayer.h"
-#include "dispatch/CUtility.h"
-#include "engine/Trace.h"
+#include "base/CUtility.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -38,6 +37,12 @@ int Height(const RECT& rc)
 // Scrolling goes this far and then starts again from below the box: only the beginning of a
 // long description is ever shown.
 const int SCROLL_LIMIT = 100;
+
+// The cursor is looked at this often while it shows, and hidden this long after it last moved.
+const UINT kCursorPollMs = 100;
+const DWORD kCursorHideDelayMs = 2000;
+// One step of the description's scroll.
+const UINT kScrollStepMs = 40;
 
 void DrawField(HDC hdc, HFONT hFont, const short* pField, const RECT& rcBox, UINT uFormat)
 {
@@ -149,12 +154,12 @@ HRESULT CInfoWnd::SetDisplayMode(DWORD dwMode, BOOL bInvalidate)
             return E_INVALIDARG;
         m_dwMode = dwMode;
     }
-    if (m_dwMode == INFO_MODE_CAPTION && m_bShowInfo && m_pMediaPlayer)
+    if (m_dwMode == INFO_MODE_CAPTION && m_bShowInfo && m_pVideoArea)
     {
         DWORD dwWidth = 0;
         DWORD dwHeight = 0;
         GetVideoArea(&dwWidth, &dwHeight);
-        return m_pMediaPlayer->SetParentWindowSize(dwWidth, dwHeight);
+        return m_pVideoArea->SetParentWindowSize(dwWidth, dwHeight);
     }
     return S_OK;
 }
@@ -176,8 +181,8 @@ void CInfoWnd::ShowMediaInfo(BOOL bShow)
             DWORD dwWidth = 0;
             DWORD dwHeight = 0;
             GetVideoArea(&dwWidth, &dwHeight);
-            if (m_pMediaPlayer)
-                m_pMediaPlayer->SetParentWindowSize(dwWidth, dwHeight);
+            if (m_pVideoArea)
+                m_pVideoArea->SetParentWindowSize(dwWidth, dwHeight);
             Invalidate(TRUE);
         }
         return;
@@ -185,8 +190,8 @@ void CInfoWnd::ShowMediaInfo(BOOL bShow)
     ResetScroll();
     Invalidate(TRUE);
     // The current back-end takes this window as its parent and fills all of it again.
-    if (m_pMediaPlayer)
-        m_pMediaPlayer->SetParentWindow(m_hWnd);
+    if (m_pVideoArea)
+        m_pVideoArea->SetParentWindow(m_hWnd);
 }
 
 void CInfoWnd::ClearMediaInfo()
@@ -480,9 +485,9 @@ void CInfoWnd::ArmCursorHide()
     if (!m_nCursorTimer)
     {
         ShowCursor(TRUE);
-        m_nCursorTimer = SetTimer(m_hWnd, CURSOR_TIMER_ID, 100, nullptr);
+        m_nCursorTimer = SetTimer(m_hWnd, CURSOR_TIMER_ID, kCursorPollMs, nullptr);
     }
-    m_dwCursorHideTime = Now() + 2000;
+    m_dwCursorHideTime = Now() + kCursorHideDelayMs;
 }
 
 bool CInfoWnd::OnTimer(UINT_PTR nTimerId)
@@ -534,7 +539,7 @@ void CInfoWnd::StartScroll()
     if (m_nScrollTimer)
         return;
     m_nScrollOffset = 0;
-    m_nScrollTimer = SetTimer(m_hWnd, SCROLL_TIMER_ID, 40, nullptr);
+    m_nScrollTimer = SetTimer(m_hWnd, SCROLL_TIMER_ID, kScrollStepMs, nullptr);
 }
 
 void CInfoWnd::StopScroll()

@@ -9,9 +9,8 @@
 #include "display/CCoverArt.h"
 #include "display/CInfoFonts.h"
 #include "display/CWindowBase.h"
+#include "display/IVideoArea.h"
 #include "engine/TessalyContract.h"
-
-class CMediaPlayer;
 
 enum : DWORD
 {
@@ -34,7 +33,7 @@ public:
 
     // Neither is owned. The record is the Play object's copy, read at every paint.
     void SetMediaInfoRecord(TESSALY_MEDIA_INFO* pMediaInfo) { m_pMediaInfo = pMediaInfo; }
-    void SetMediaPlayer(CMediaPlayer* pMediaPlayer) { m_pMediaPlayer = pMediaPlayer; }
+    void SetVideoArea(IVideoArea* pVideoArea) { m_pVideoArea = pVideoArea; }
 
     // Fails for a mode other than the three INFO_MODE_ values, keeping the old one.
     HRESULT SetDisplayMode(DWORD dwMode, BOOL bInvalidate);
@@ -93,7 +92,7 @@ protected:
     BOOL m_bShowInfo = 0;
     float m_fCaptionRatio = 0.2f;
     DWORD m_dwMode = INFO_MODE_NONE;
-    CMediaPlayer* m_pMediaPlayer = nullptr;
+    IVideoArea* m_pVideoArea = nullptr;
     int m_nMarginY = 0;
     int m_nMarginX = 0;
     int m_nCoverHeight = 0;

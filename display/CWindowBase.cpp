@@ -1,6 +1,6 @@
 #include "display/CWindowBase.h"
 
-#include "dispatch/CUtility.h"
+#include "base/CUtility.h"
 
 namespace {
 

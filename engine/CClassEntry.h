@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include "engine/CClassFactory.h"
+#include "engine/ComPtr.h"
 
 struct CClassEntry
 {
@@ -13,5 +14,5 @@ struct CClassEntry
     const wchar_t* pwszDescription;          // "Play Class"
     const wchar_t* pwszProgId;               // "Tessaly.Play.1"
     const wchar_t* pwszVersionIndependentProgId; // "Tessaly.Play"
-    CClassFactory* pClassObject;             // made on first request, released at Term
+    ComPtr<CClassFactory> pClassObject;      // made on first request, released at Term
 };

@@ -1,7 +1,7 @@
 #include "engine/CClassFactory.h"
 
 #include "engine/CModuleLock.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 CClassFactory::CClassFactory(PFNCREATEINSTANCE pfnCreateInstance) : m_pfnCreateInstance(pfnCreateInstance)
 {

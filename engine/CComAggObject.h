@@ -5,14 +5,14 @@
 #include <windows.h>
 
 #include "engine/CComContainedObject.h"
-#include "engine/CModuleLock.h"
+#include "engine/CComRefCount.h"
 
 template <class T>
 class CComAggObject final : public IUnknown
 {
 public:
-    explicit CComAggObject(IUnknown* pOuter) : m_contained(pOuter) { CModuleLock::Lock(); }
-    virtual ~CComAggObject() { CModuleLock::Unlock(); }
+    explicit CComAggObject(IUnknown* pOuter) : m_contained(pOuter) {}
+    virtual ~CComAggObject() = default;
 
     HRESULT FinalConstruct() { return m_contained.FinalConstruct(); }
 
@@ -32,20 +32,16 @@ public:
         static_cast<IUnknown*>(*ppv)->AddRef();
         return S_OK;
     }
-    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&m_lRef)); }
+    STDMETHODIMP_(ULONG) AddRef() override { return m_refCount.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override
     {
-        const LONG lRef = InterlockedDecrement(&m_lRef);
-        if (lRef == 0)
-        {
-            m_lRef = 1;
+        return m_refCount.Release([this] {
             m_contained.FinalRelease();
             delete this;
-        }
-        return static_cast<ULONG>(lRef);
+        });
     }
 
 private:
-    LONG m_lRef = 0;
+    CComRefCount m_refCount;
     CComContainedObject<T> m_contained;
 };

@@ -4,15 +4,12 @@
 
 #include <windows.h>
 
-#include "engine/CModuleLock.h"
+#include "engine/CComRefCount.h"
 
 template <class T>
 class CComObject final : public T
 {
 public:
-    CComObject() { CModuleLock::Lock(); }
-    ~CComObject() override { CModuleLock::Unlock(); }
-
     STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override
     {
         if (!ppv)
@@ -23,20 +20,15 @@ public:
         AddRef();
         return S_OK;
     }
-    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&m_lRef)); }
+    STDMETHODIMP_(ULONG) AddRef() override { return m_refCount.AddRef(); }
     STDMETHODIMP_(ULONG) Release() override
     {
-        const LONG lRef = InterlockedDecrement(&m_lRef);
-        if (lRef == 0)
-        {
-            // Guards against a re-entrant AddRef/Release pair from inside FinalRelease.
-            m_lRef = 1;
+        return m_refCount.Release([this] {
             this->FinalRelease();
             delete this;
-        }
-        return static_cast<ULONG>(lRef);
+        });
     }
 
 private:
-    LONG m_lRef = 0;
+    CComRefCount m_refCount;
 };

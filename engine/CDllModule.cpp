@@ -4,9 +4,9 @@
 
 #include <new>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/CRegistrar.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 extern "C" HRESULT WINAPI PrxDllRegisterServer();
 extern "C" HRESULT WINAPI PrxDllUnregisterServer();
@@ -44,11 +44,7 @@ void CDllModule::Term()
     EnterCriticalSection(&m_csClassObjects);
     for (size_t i = 0; i < m_nEntries; ++i)
     {
-        if (CClassFactory* pClassObject = m_pTable[i].pClassObject)
-        {
-            m_pTable[i].pClassObject = nullptr;
-            pClassObject->Release();
-        }
+        m_pTable[i].pClassObject.Reset();
     }
     LeaveCriticalSection(&m_csClassObjects);
     TESSALY_TRACE("S:CDllModule::Term> Done...");
@@ -66,8 +62,8 @@ HRESULT CDllModule::GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
             continue;
         EnterCriticalSection(&m_csClassObjects);
         if (!entry.pClassObject)
-            entry.pClassObject = new (std::nothrow) CClassFactory(entry.pfnCreateInstance);
-        CClassFactory* pClassObject = entry.pClassObject;
+            Adopt(entry.pClassObject, new (std::nothrow) CClassFactory(entry.pfnCreateInstance));
+        const ComPtr<CClassFactory> pClassObject = entry.pClassObject;
         LeaveCriticalSection(&m_csClassObjects);
         return pClassObject ? pClassObject->QueryInterface(riid, ppv) : E_OUTOFMEMORY;
     }
@@ -94,7 +90,7 @@ HRESULT CDllModule::RegisterServer()
     if (FAILED(hr))
         return hr;
 
-    CComPtr<ITypeLib> pTypeLib;
+    ComPtr<ITypeLib> pTypeLib;
     hr = LoadTypeLibEx(wszPath, REGKIND_NONE, &pTypeLib);
     if (SUCCEEDED(hr))
         hr = RegisterTypeLib(pTypeLib.Get(), wszPath, nullptr);
@@ -110,7 +106,7 @@ HRESULT CDllModule::UnregisterServer()
     // Windows), which is what registration wrote under.
     WCHAR wszPath[MAX_PATH];
     HRESULT hr = ModulePath(wszPath);
-    CComPtr<ITypeLib> pTypeLib;
+    ComPtr<ITypeLib> pTypeLib;
     if (SUCCEEDED(hr))
         hr = LoadTypeLibEx(wszPath, REGKIND_NONE, &pTypeLib);
     TLIBATTR* pAttr = nullptr;

@@ -3,8 +3,8 @@
 #include <cinttypes>
 #include <new>
 
-#include "dispatch/CChannelLayout.h"
-#include "engine/Trace.h"
+#include "inspect/CChannelLayout.h"
+#include "trace/Trace.h"
 #include "inspect/ASFObjectId.h"
 #include "inspect/CByteView.h"
 

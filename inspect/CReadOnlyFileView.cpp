@@ -2,12 +2,12 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <cwchar>
 #include <memory>
 #include <new>
 
-#include "dispatch/CUtility.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -45,7 +45,7 @@ int32_t CReadOnlyFileView::Open(const wchar_t* pszPath)
         TESSALY_TRACE("E:CASFFileParser::Open> failed to allocate memory to store filepath");
         return E_OUTOFMEMORY;
     }
-    CUtility::CopyString(pathCopy.get(), pszPath, static_cast<int>(cchPath));
+    std::copy(pszPath, pszPath + cchPath, pathCopy.get());
 
     m_hFile = CreateFileW(pathCopy.get(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                           FILE_ATTRIBUTE_NORMAL, nullptr);

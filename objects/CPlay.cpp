@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "dispatch/CMediaPlayer.h"
-#include "dispatch/CUtility.h"
+#include "base/CUtility.h"
 #include "display/CInfoWnd.h"
 #include "engine/CComEnum.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -66,7 +66,7 @@ void CPlay::FinalRelease()
     TESSALY_TRACE("S:CPlay::FinalRelease> enter\n");
     if (m_pInfoWnd)
     {
-        m_pInfoWnd->SetMediaPlayer(nullptr);
+        m_pInfoWnd->SetVideoArea(nullptr);
         if (m_pInfoWnd->IsWindow())
             m_pInfoWnd->DestroyWindow();
         m_pInfoWnd.reset();
@@ -404,7 +404,7 @@ HRESULT CPlay::UpdateInfoWindow()
                        rcClient.bottom - rcClient.top, TRUE);
         }
     }
-    m_pInfoWnd->SetMediaPlayer(m_pMediaPlayer.get());
+    m_pInfoWnd->SetVideoArea(m_pMediaPlayer.get());
     return S_OK;
 }
 
@@ -531,6 +531,7 @@ HRESULT CPlay::NotifyStreamingPlayerEvent(WORD wEvent, ULONG_PTR ulParam)
 {
     switch (wEvent)
     {
+    // Both completions keep the line log readers search for, error prefix and all.
     case STREAMING_EVENT_COMPLETE:
         TESSALY_TRACE("E:CPlay::NotifyStreamingPlayerEvent> Streaming Playback completed");
         return Fire_OnPlayComplete();

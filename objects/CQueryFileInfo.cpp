@@ -1,8 +1,8 @@
 #include "objects/CQueryFileInfo.h"
 
 #include "dispatch/CMediaPlayer.h"
-#include "dispatch/CUtility.h"
-#include "engine/Trace.h"
+#include "base/CUtility.h"
+#include "trace/Trace.h"
 
 CQueryFileInfo::CQueryFileInfo() : m_pMediaPlayer(std::make_unique<CMediaPlayer>())
 {

@@ -45,6 +45,6 @@ xvfb-run -a -n $((100 + RANDOM % 800)) -s "-screen 0 1280x1024x24 -nolisten tcp"
   echo "== the media probe, on the samples folder"
   ./wine-run hosts/probe.exe "$6" 2>/dev/null || echo "(the probe lists above the files it could not answer for)"
   exit $played
-' bash "$build" "$(winpath "$build/engine/tessaly.dll")" "$(winpath "$screenshot")" \
+' bash "$build" "$(winpath "$build/server/tessaly.dll")" "$(winpath "$screenshot")" \
   "$(winpath "$samples/sample-video.wmv")" "$(winpath "$samples/sample-audio.mp3")" "$(winpath "$samples")"
 echo "screenshot of the player: $screenshot"

@@ -23,7 +23,7 @@ else
 fi
 
 # A filtered run (any arguments) builds and runs one configuration only, and of it only the test
-# program the filter names when it starts with one (-R 'dispatch_tests\.Utility'); a filter that
+# program the filter names when it starts with one (-R 'base_tests\.Utility'); a filter that
 # selects no test fails the run.
 programs=()
 if [ $# -gt 0 ]; then

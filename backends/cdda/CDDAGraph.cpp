@@ -5,9 +5,9 @@
 
 #include "backends/dshow/CFilterGraphHelper.h"
 #include "cdsource/CDAudioSource.h"
-#include "dispatch/CUtility.h"
-#include "dispatch/EngineMessages.h"
-#include "engine/Trace.h"
+#include "base/CUtility.h"
+#include "base/EngineMessages.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -32,16 +32,16 @@ CDDAGraph::CDDAGraph(DeviceFactory deviceFor) : m_deviceFor(std::move(deviceFor)
 HRESULT CDDAGraph::Init()
 {
     HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER,
-                                  IID_IGraphBuilder, m_pGraph.Out());
+                                  IID_IGraphBuilder, &m_pGraph);
     if (FAILED(hr))
     {
         TESSALY_TRACE("E:CDDAGraph::Init> CoCreateInstance <CLSID_FilterGraph> failed");
         return hr;
     }
-    hr = m_pGraph.QueryInterface(IID_IMediaEventEx, m_pMediaEvent);
+    hr = QueryTo(m_pGraph, IID_IMediaEventEx, m_pMediaEvent);
     if (FAILED(hr))
         return hr;
-    hr = m_pGraph.QueryInterface(IID_IMediaSeeking, m_pMediaSeek);
+    hr = QueryTo(m_pGraph, IID_IMediaSeeking, m_pMediaSeek);
     if (FAILED(hr))
         return hr;
     m_bInitialized = true;
@@ -80,8 +80,8 @@ HRESULT CDDAGraph::GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSe
 
 HRESULT CDDAGraph::ControlGraph(const std::function<HRESULT(IMediaControl*)>& control)
 {
-    CComPtr<IMediaControl> mediaControl;
-    if (FAILED(m_pGraph.QueryInterface(IID_IMediaControl, mediaControl)))
+    ComPtr<IMediaControl> mediaControl;
+    if (FAILED(QueryTo(m_pGraph, IID_IMediaControl, mediaControl)))
         return 1;
     return SUCCEEDED(control(mediaControl.Get())) ? 0 : 1;
 }
@@ -223,20 +223,20 @@ HRESULT CDDAGraph::OpenCD(WCHAR wcDrive, WORD wStartTrack, WORD wEndTrack)
     {
         // Without our source filter no range can ever play: say so rather than open nothing.
         const HRESULT hr = CoCreateInstance(CLSID_TessalyCDAudioSource, nullptr, CLSCTX_INPROC_SERVER,
-                                            IID_IBaseFilter, m_pSourceFilter.Out());
+                                            IID_IBaseFilter, &m_pSourceFilter);
         if (FAILED(hr))
         {
             TESSALY_TRACE("E:CDDAGraph::OpenCD> CoCreateInstance <CLSID_TessalyCDAudioSource> failed");
             return hr;
         }
-        CComPtr<ICDAudioSourceConfig> config;
-        if (SUCCEEDED(m_pSourceFilter.QueryInterface(IID_ICDAudioSourceConfig, config)))
+        ComPtr<ICDAudioSourceConfig> config;
+        if (SUCCEEDED(QueryTo(m_pSourceFilter, IID_ICDAudioSourceConfig, config)))
             config->SetReadMode(CDAudioRead_Raw);
     }
     ClearGraph();
 
-    CComPtr<IFileSourceFilter> fileSource;
-    if (SUCCEEDED(m_pSourceFilter.QueryInterface(IID_IFileSourceFilter, fileSource)))
+    ComPtr<IFileSourceFilter> fileSource;
+    if (SUCCEEDED(QueryTo(m_pSourceFilter, IID_IFileSourceFilter, fileSource)))
     {
         const DWORD dwStart = GetTickCount();
         fileSource->Load(szRequest, nullptr);
@@ -249,12 +249,12 @@ HRESULT CDDAGraph::OpenCD(WCHAR wcDrive, WORD wStartTrack, WORD wEndTrack)
     {
         // A range that did not load leaves a graph that plays nothing; Play tells.
         m_pGraph->AddFilter(m_pSourceFilter.Get(), nullptr);
-        CComPtr<IBaseFilter> renderer;
+        ComPtr<IBaseFilter> renderer;
         if (SUCCEEDED(CreateAudioRenderer(0, &renderer)))
         {
             m_pGraph->AddFilter(renderer.Get(), nullptr);
-            CComPtr<IPin> output;
-            CComPtr<IPin> input;
+            ComPtr<IPin> output;
+            ComPtr<IPin> input;
             if (CFilterGraphHelper::FindOutputPin(m_pSourceFilter.Get(), &output) == S_OK &&
                 CFilterGraphHelper::FindInputPin(renderer.Get(), &input) == S_OK)
                 m_pGraph->ConnectDirect(output.Get(), input.Get(), nullptr);
@@ -277,14 +277,14 @@ void CDDAGraph::ClearGraph()
     if (!m_pGraph)
         return;
     ControlGraph([](IMediaControl* pControl) { return pControl->Stop(); });
-    CComPtr<IEnumFilters> filters;
+    ComPtr<IEnumFilters> filters;
     if (FAILED(m_pGraph->EnumFilters(&filters)))
         return;
-    std::vector<CComPtr<IBaseFilter>> found;
-    CComPtr<IBaseFilter> filter;
+    std::vector<ComPtr<IBaseFilter>> found;
+    ComPtr<IBaseFilter> filter;
     while (filters->Next(1, &filter, nullptr) == S_OK)
         found.push_back(std::move(filter));
-    for (const CComPtr<IBaseFilter>& each : found)
+    for (const ComPtr<IBaseFilter>& each : found)
         m_pGraph->RemoveFilter(each.Get());
 }
 

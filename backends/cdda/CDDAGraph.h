@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "backends/cdda/CCDAudioDevice.h"
-#include "dispatch/CPlayerBase.h"
-#include "engine/CComPtr.h"
+#include "base/CPlayerBase.h"
+#include "engine/ComPtr.h"
 
 class CDDAGraph : public CPlayerBase
 {
@@ -56,10 +56,10 @@ protected:
     double GetTrackLength(CCDAudioDevice& device, MCIDEVICEID deviceId, int nTrack);
     HRESULT CreateAudioRenderer(int nKind, IBaseFilter** ppRenderer);
 
-    CComPtr<IGraphBuilder> m_pGraph;
-    CComPtr<IMediaEventEx> m_pMediaEvent;
-    CComPtr<IMediaSeeking> m_pMediaSeek;
-    CComPtr<IBaseFilter> m_pSourceFilter;
+    ComPtr<IGraphBuilder> m_pGraph;
+    ComPtr<IMediaEventEx> m_pMediaEvent;
+    ComPtr<IMediaSeeking> m_pMediaSeek;
+    ComPtr<IBaseFilter> m_pSourceFilter;
     std::vector<double> m_TrackDurations;
     int m_nStartTrack = 0;
     int m_nEndTrack = 0;

@@ -6,10 +6,10 @@
 
 #include "backends/dshow/CSourceRenderer.h"
 #include "backends/dshow/CWMV9RendererChoice.h"
-#include "dispatch/CUtility.h"
-#include "dispatch/EngineMessages.h"
+#include "base/CUtility.h"
+#include "base/EngineMessages.h"
 #include "engine/TessalyContract.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -18,9 +18,9 @@ const LPCWSTR g_FileExt[] = {
     L".MPV", L".ASF", L".DAT", L".WMV", L".DIVX", L".VOB", L".OGG", L".FLAC", L".KMV"};
 
 template <class Q>
-HRESULT QueryGraph(IGraphBuilder* pGraph, REFIID riid, CComPtr<Q>& result, const char* pszName)
+HRESULT QueryGraph(IGraphBuilder* pGraph, REFIID riid, ComPtr<Q>& result, const char* pszName)
 {
-    const HRESULT hr = pGraph->QueryInterface(riid, result.Out());
+    const HRESULT hr = pGraph->QueryInterface(riid, &result);
     if (FAILED(hr))
         TESSALY_TRACE("E:CDShowPlayer::OpenInterfaces> Failed to QI for %s", pszName);
     return hr;
@@ -90,7 +90,7 @@ void CDShowPlayer::Destroy()
 HRESULT CDShowPlayer::OpenInterfaces()
 {
     HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_IGraphBuilder, m_pGB.Out());
+                                  IID_IGraphBuilder, &m_pGB);
     if (FAILED(hr))
     {
         TESSALY_TRACE("E:CDShowPlayer::OpenInterfaces> Failed to CoCreateInstance IGraphBuilder");
@@ -208,7 +208,7 @@ HRESULT CDShowPlayer::CreateMetadataEditor(IWMMetadataEditor** ppEditor)
 HRESULT CDShowPlayer::HasDeviceConformanceMetaData(LPCWSTR pwszFile, BOOL* pbHas)
 {
     *pbHas = FALSE;
-    CComPtr<IWMMetadataEditor> editor;
+    ComPtr<IWMMetadataEditor> editor;
     HRESULT hr = CreateMetadataEditor(&editor);
     if (SUCCEEDED(hr) && !editor)
         hr = E_POINTER;

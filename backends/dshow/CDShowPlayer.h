@@ -9,8 +9,8 @@
 #include <wmsdkidl.h>
 
 #include "backends/dshow/CWMVCoreLibrary.h"
-#include "dispatch/CPlayerBase.h"
-#include "engine/CComPtr.h"
+#include "base/CPlayerBase.h"
+#include "engine/ComPtr.h"
 
 class CDShowPlayer : public CPlayerBase
 {
@@ -53,13 +53,13 @@ protected:
     static BOOL IsOGGFile(LPCWSTR pwszExt);
     static BOOL IsFLACFile(LPCWSTR pwszExt);
 
-    CComPtr<IBasicAudio> m_pBA;
-    CComPtr<IBasicVideo> m_pBV;
-    CComPtr<IGraphBuilder> m_pGB;
-    CComPtr<IMediaControl> m_pMC;
-    CComPtr<IMediaEventEx> m_pME;
-    CComPtr<IMediaSeeking> m_pMS;
-    CComPtr<IVideoWindow> m_pVideoWindow;
+    ComPtr<IBasicAudio> m_pBA;
+    ComPtr<IBasicVideo> m_pBV;
+    ComPtr<IGraphBuilder> m_pGB;
+    ComPtr<IMediaControl> m_pMC;
+    ComPtr<IMediaEventEx> m_pME;
+    ComPtr<IMediaSeeking> m_pMS;
+    ComPtr<IVideoWindow> m_pVideoWindow;
     HWND m_hOldMessageDrain = nullptr;
     HWND m_hEventWnd = nullptr;
     HWND m_hBackgroundWnd = nullptr;

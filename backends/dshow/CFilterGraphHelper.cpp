@@ -1,6 +1,8 @@
 #include "backends/dshow/CFilterGraphHelper.h"
 
-#include "engine/CComPtr.h"
+#include <initializer_list>
+
+#include "engine/ComPtr.h"
 
 HRESULT CFilterGraphHelper::FindPinByDirection(IBaseFilter* pFilter, PIN_DIRECTION direction,
                                                IPin** ppPin)
@@ -11,13 +13,13 @@ HRESULT CFilterGraphHelper::FindPinByDirection(IBaseFilter* pFilter, PIN_DIRECTI
     if (!pFilter)
         return E_POINTER;
 
-    CComPtr<IEnumPins> pins;
+    ComPtr<IEnumPins> pins;
     HRESULT hr = pFilter->EnumPins(&pins);
     if (FAILED(hr))
         return hr;
     for (;;)
     {
-        CComPtr<IPin> pin;
+        ComPtr<IPin> pin;
         ULONG fetched = 0;
         hr = pins->Next(1, &pin, &fetched);
         if (FAILED(hr))
@@ -60,8 +62,8 @@ void CFilterGraphHelper::SuggestAllocatorProperties(IUnknown* pUpstream, IUnknow
         return;
     for (IUnknown* pObject : {pUpstream, pDownstream})
     {
-        CComPtr<IAMBufferNegotiation> negotiation;
-        if (SUCCEEDED(pObject->QueryInterface(IID_IAMBufferNegotiation, negotiation.Out())))
+        ComPtr<IAMBufferNegotiation> negotiation;
+        if (SUCCEEDED(pObject->QueryInterface(IID_IAMBufferNegotiation, &negotiation)))
             negotiation->SuggestAllocatorProperties(pAllocatorProperties);
     }
 }
@@ -83,11 +85,11 @@ HRESULT CFilterGraphHelper::ConnectFilters(IFilterGraph* pGraph, IBaseFilter* pU
     if (!pGraph || !pUpstream || !pDownstream)
         return E_POINTER;
     SuggestAllocatorProperties(pUpstream, pDownstream, pAllocatorProperties);
-    CComPtr<IPin> output;
+    ComPtr<IPin> output;
     HRESULT hr = FindOutputPin(pUpstream, &output);
     if (FAILED(hr))
         return hr;
-    CComPtr<IPin> input;
+    ComPtr<IPin> input;
     hr = FindInputPin(pDownstream, &input);
     if (FAILED(hr))
         return hr;

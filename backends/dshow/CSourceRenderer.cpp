@@ -2,9 +2,9 @@
 
 #include "backends/dshow/CFilterGraphHelper.h"
 #include "backends/dshow/CompanionSourceFilters.h"
-#include "dispatch/CUtility.h"
-#include "engine/CComPtr.h"
-#include "engine/Trace.h"
+#include "base/CUtility.h"
+#include "engine/ComPtr.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -13,11 +13,11 @@ namespace {
 // nor whether it can seek. A reader that cannot answer at all is given the benefit of the doubt.
 bool ReaderReportsNoLength(IBaseFilter* pReader)
 {
-    CComPtr<IPin> pin;
+    ComPtr<IPin> pin;
     if (CFilterGraphHelper::FindOutputPin(pReader, &pin) != S_OK)
         return false;
-    CComPtr<IMediaSeeking> seeking;
-    if (FAILED(pin->QueryInterface(IID_IMediaSeeking, seeking.Out())))
+    ComPtr<IMediaSeeking> seeking;
+    if (FAILED(pin->QueryInterface(IID_IMediaSeeking, &seeking)))
         return false;
     LONGLONG llDuration = 0;
     return seeking->GetDuration(&llDuration) == S_OK && llDuration == 0;
@@ -28,16 +28,16 @@ bool ReaderReportsNoLength(IBaseFilter* pReader)
 HRESULT CSourceRenderer::RenderMP3File(IGraphBuilder* pGraph, LPCWSTR pwszFile)
 {
     TESSALY_TRACE("S:CDShowPlayer::RenderMP3File> Attempt to use WM ASF Reader to play MP3 files...");
-    CComPtr<IBaseFilter> reader;
+    ComPtr<IBaseFilter> reader;
     HRESULT hr = CoCreateInstance(CLSID_WMAsfReader, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                  reader.Out());
+                                  &reader);
     if (FAILED(hr))
     {
         TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> CoCreateInstance <CLSID_WMAsfReader> failed");
         return hr;
     }
-    CComPtr<IFileSourceFilter> fileSource;
-    hr = reader.QueryInterface(IID_IFileSourceFilter, fileSource);
+    ComPtr<IFileSourceFilter> fileSource;
+    hr = QueryTo(reader, IID_IFileSourceFilter, fileSource);
     if (FAILED(hr))
     {
         TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> QI for IFileSourceFilter from <CLSID_WMAsfReader> failed");
@@ -64,9 +64,9 @@ HRESULT CSourceRenderer::RenderMP3File(IGraphBuilder* pGraph, LPCWSTR pwszFile)
     // Windows XP's reader hands out compressed MP3 that only the ACM wrapper decodes.
     if (CUtility::IsWindowsXP())
     {
-        CComPtr<IBaseFilter> acm;
+        ComPtr<IBaseFilter> acm;
         hr = CoCreateInstance(CLSID_ACMWrapper, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                              acm.Out());
+                              &acm);
         if (FAILED(hr))
         {
             TESSALY_TRACE("E:CDShowPlayer::RenderMP3File> CoCreateInstance <CLSID_ACMWrapper> failed");
@@ -100,20 +100,20 @@ HRESULT CSourceRenderer::RenderCompanionSource(IGraphBuilder* pGraph, LPCWSTR pw
                                                REFCLSID clsid, LPCWSTR pwszFilterName,
                                                const char* pszMethod, const char* pszClsidName)
 {
-    CComPtr<IBaseFilter> source;
-    HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, source.Out());
+    ComPtr<IBaseFilter> source;
+    HRESULT hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, &source);
     if (FAILED(hr))
     {
         TESSALY_TRACE("E:CDShowPlayer::%s> CoCreateInstance <%s> failed", pszMethod, pszClsidName);
         return hr;
     }
 
-    CComPtr<ISourceFilterSetup> setup;
-    hr = FAILED(source.QueryInterface(IID_ISourceFilterSetup, setup)) ? E_NOINTERFACE : setup->Setup(1);
+    ComPtr<ISourceFilterSetup> setup;
+    hr = FAILED(QueryTo(source, IID_ISourceFilterSetup, setup)) ? E_NOINTERFACE : setup->Setup(1);
     if (SUCCEEDED(hr))
     {
-        CComPtr<IFileSourceFilter> fileSource;
-        hr = FAILED(source.QueryInterface(IID_IFileSourceFilter, fileSource))
+        ComPtr<IFileSourceFilter> fileSource;
+        hr = FAILED(QueryTo(source, IID_IFileSourceFilter, fileSource))
                  ? E_NOINTERFACE
                  : fileSource->Load(pwszFile, nullptr);
     }
@@ -130,7 +130,7 @@ HRESULT CSourceRenderer::RenderCompanionSource(IGraphBuilder* pGraph, LPCWSTR pw
 HRESULT CSourceRenderer::RenderSourcePins(IGraphBuilder* pGraph, IBaseFilter* pSource,
                                           const char* pszMethod, const char* pszSourceName)
 {
-    CComPtr<IEnumPins> pins;
+    ComPtr<IEnumPins> pins;
     HRESULT hr = pSource->EnumPins(&pins);
     if (FAILED(hr))
     {
@@ -153,7 +153,7 @@ BOOL CSourceRenderer::RenderToOutputPin(IEnumPins* pPins, IGraphBuilder* pGraph)
     pPins->Reset();
     for (;;)
     {
-        CComPtr<IPin> pin;
+        ComPtr<IPin> pin;
         if (pPins->Next(1, &pin, nullptr) != S_OK)
             break;
         PIN_DIRECTION direction;

@@ -1,8 +1,8 @@
 #include "backends/dshow/CWMV9RendererChoice.h"
 
 #include "backends/dshow/WMFormatInterfaces.h"
-#include "engine/CComPtr.h"
-#include "engine/Trace.h"
+#include "engine/ComPtr.h"
+#include "trace/Trace.h"
 #include "inspect/CASFFileParser.h"
 
 namespace {
@@ -13,16 +13,16 @@ const DWORD g_WMV9FourCCs[] = {MAKEFOURCC('W', 'M', 'V', '3'), MAKEFOURCC('W', '
 
 bool HasConnectedInputPin(IBaseFilter* pFilter)
 {
-    CComPtr<IEnumPins> pins;
+    ComPtr<IEnumPins> pins;
     if (FAILED(pFilter->EnumPins(&pins)))
         return true; // cannot tell: leave it where it is
     for (;;)
     {
-        CComPtr<IPin> pin;
+        ComPtr<IPin> pin;
         if (pins->Next(1, &pin, nullptr) != S_OK)
             return false;
         PIN_DIRECTION direction;
-        CComPtr<IPin> peer;
+        ComPtr<IPin> peer;
         if (SUCCEEDED(pin->QueryDirection(&direction)) && direction == PINDIR_INPUT &&
             SUCCEEDED(pin->ConnectedTo(&peer)))
             return true;
@@ -60,10 +60,10 @@ HRESULT CWMV9RendererChoice::ReadConformanceTemplate(IWMMetadataEditor* pEditor,
                                                      BOOL* pbHas)
 {
     *pbHas = FALSE;
-    CComPtr<IWMMetadataEditor> editor(pEditor);
+    ComPtr<IWMMetadataEditor> editor(pEditor);
     HRESULT hr = S_OK;
-    CComPtr<wmf::IWMMetadataEditor2> editor2;
-    if (SUCCEEDED(editor.QueryInterface(wmf::IID_IWMMetadataEditor2, editor2)))
+    ComPtr<wmf::IWMMetadataEditor2> editor2;
+    if (SUCCEEDED(QueryTo(editor, wmf::IID_IWMMetadataEditor2, editor2)))
     {
         hr = editor2->OpenEx(pwszFile, GENERIC_READ, FILE_SHARE_READ);
         if (FAILED(hr))
@@ -82,11 +82,11 @@ HRESULT CWMV9RendererChoice::ReadConformanceTemplate(IWMMetadataEditor* pEditor,
         }
     }
 
-    CComPtr<IWMHeaderInfo> headerInfo;
-    CComPtr<IWMHeaderInfo3> headerInfo3;
-    if (FAILED(editor.QueryInterface(wmf::IID_IWMHeaderInfo, headerInfo)))
+    ComPtr<IWMHeaderInfo> headerInfo;
+    ComPtr<IWMHeaderInfo3> headerInfo3;
+    if (FAILED(QueryTo(editor, wmf::IID_IWMHeaderInfo, headerInfo)))
         TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> Failed to query for IWMHeaderInfo");
-    else if (FAILED(headerInfo.QueryInterface(wmf::IID_IWMHeaderInfo3, headerInfo3)))
+    else if (FAILED(QueryTo(headerInfo, wmf::IID_IWMHeaderInfo3, headerInfo3)))
         TESSALY_TRACE("E:CDShowPlayer::HasDeviceConformanceMetaData> QI for IWMHeaderInfo3 failed");
     else
     {
@@ -111,9 +111,9 @@ HRESULT CWMV9RendererChoice::ReadConformanceTemplate(IWMMetadataEditor* pEditor,
 HRESULT CWMV9RendererChoice::AddVMR9Filter(IGraphBuilder* pGraph)
 {
     TESSALY_TRACE("S:CDShowPlayer::AddVMR9Filter> Attempt to use Video Mixing Render v9 to render video files...");
-    CComPtr<IBaseFilter> vmr;
+    ComPtr<IBaseFilter> vmr;
     HRESULT hr = CoCreateInstance(CLSID_VideoMixingRenderer9, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_IBaseFilter, vmr.Out());
+                                  IID_IBaseFilter, &vmr);
     if (FAILED(hr))
     {
         TESSALY_TRACE("E:CDShowPlayer::AddVMR9Filter> CoCreateInstance <CLSID_VideoMixingRenderer9> failed");
@@ -130,13 +130,13 @@ HRESULT CWMV9RendererChoice::AddVMR9Filter(IGraphBuilder* pGraph)
 // asked for the size of a picture they never got.
 void CWMV9RendererChoice::RemoveUnconnectedVMR9(IGraphBuilder* pGraph)
 {
-    CComPtr<IEnumFilters> filters;
+    ComPtr<IEnumFilters> filters;
     if (FAILED(pGraph->EnumFilters(&filters)))
         return;
-    CComPtr<IBaseFilter> idle;
+    ComPtr<IBaseFilter> idle;
     for (;;)
     {
-        CComPtr<IBaseFilter> filter;
+        ComPtr<IBaseFilter> filter;
         if (filters->Next(1, &filter, nullptr) != S_OK)
             break;
         CLSID clsid;

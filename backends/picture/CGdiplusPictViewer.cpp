@@ -2,10 +2,10 @@
 
 #include "backends/picture/CPictureDecoder.h"
 #include "backends/picture/CSelectedBitmap.h"
-#include "dispatch/CUtility.h"
+#include "base/CUtility.h"
 #include "engine/CDllModule.h"
 #include "engine/TessalyContract.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 using Gdiplus::Bitmap;
 using Gdiplus::Color;

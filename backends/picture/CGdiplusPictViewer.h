@@ -10,7 +10,7 @@
 #include <memory>
 
 #include "backends/picture/PictureSlot.h"
-#include "dispatch/CPlayerBase.h"
+#include "base/CPlayerBase.h"
 
 class CGdiplusPictViewer : public CPlayerBase
 {

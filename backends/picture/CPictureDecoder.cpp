@@ -5,7 +5,7 @@
 #include <cstring>
 #include <memory>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 using Gdiplus::Bitmap;
 using Gdiplus::Graphics;
@@ -57,7 +57,7 @@ Bitmap* CPictureDecoder::CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize
     }
     memcpy(pMem, pBytes, dwSize);
     GlobalUnlock(hMem);
-    CComPtr<IStream> pStream;
+    ComPtr<IStream> pStream;
     if (FAILED(CreateStreamOnHGlobal(hMem, TRUE, &pStream)))
     {
         GlobalFree(hMem);

@@ -1,6 +1,6 @@
 #include "backends/quicktime/CQTAudioPlayer.h"
 
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Plays the audio formats that QuickTime handles.
 #pragma once
 
-#include "dispatch/CPlayerBase.h"
+#include "base/CPlayerBase.h"
 
 class CQTAudioPlayer : public CPlayerBase
 {

@@ -1,6 +1,6 @@
 #include "backends/quicktime/CQTPlayer.h"
 
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Plays QuickTime movies and shows QuickTime pictures.
 #pragma once
 
-#include "dispatch/CPlayerBase.h"
+#include "base/CPlayerBase.h"
 
 class CQTPlayer : public CPlayerBase
 {

@@ -2,8 +2,8 @@
 
 
 #include "backends/wmp/WMPInterfaces.h"
-#include "engine/CComPtr.h"
-#include "engine/Trace.h"
+#include "engine/ComPtr.h"
+#include "trace/Trace.h"
 
 struct CAtlAxLibrary::Entries
 {
@@ -91,10 +91,10 @@ HRESULT CAtlAxLibrary::CreateControl(HWND hWndContainer, LPCOLESTR pwszClassId)
     const Entries* pEntries = Load();
     if (!pEntries)
         return E_FAIL;
-    CComPtr<IUnknown> pHost;
-    CComPtr<wmp::IAxWinHostWindow> pSite;
+    ComPtr<IUnknown> pHost;
+    ComPtr<wmp::IAxWinHostWindow> pSite;
     if (SUCCEEDED(pEntries->pfnGetHost(hWndContainer, &pHost)) &&
-        SUCCEEDED(pHost.QueryInterface(wmp::IID_IAxWinHostWindow, pSite)))
+        SUCCEEDED(QueryTo(pHost, wmp::IID_IAxWinHostWindow, pSite)))
         return pSite->CreateControl(pwszClassId, hWndContainer, nullptr);
     TESSALY_TRACE("S:CAtlAxLibrary::CreateControl> the container has no site interface; ATL creates the control");
     return pEntries->pfnCreateControl(pwszClassId, hWndContainer, nullptr, nullptr);

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "dispatch/EngineMessages.h"
+#include "base/EngineMessages.h"
 
 namespace {
 

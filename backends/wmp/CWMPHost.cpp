@@ -8,9 +8,9 @@
 #include "backends/wmp/CAtlAxLibrary.h"
 #include "backends/wmp/CWMPEventSink.h"
 #include "backends/wmp/WMPInterfaces.h"
-#include "dispatch/CUtility.h"
-#include "dispatch/EngineMessages.h"
-#include "engine/Trace.h"
+#include "base/CUtility.h"
+#include "base/EngineMessages.h"
+#include "trace/Trace.h"
 
 namespace {
 
@@ -139,18 +139,18 @@ LRESULT CWMPHost::OnCreate()
     }
 
     // Each step needs the one before; a failure leaves the window without a working control.
-    CComPtr<IUnknown> pControl;
-    CComPtr<IWMPSettings> pSettings;
-    CComPtr<IConnectionPointContainer> pContainer;
+    ComPtr<IUnknown> pControl;
+    ComPtr<IWMPSettings> pSettings;
+    ComPtr<IConnectionPointContainer> pContainer;
     CBstr version;
     HRESULT hr = CAtlAxLibrary::CreateControl(m_wndView, wmp::kControlClassId);
     if (SUCCEEDED(hr))
         hr = CAtlAxLibrary::GetControl(m_wndView, &pControl);
     if (SUCCEEDED(hr))
-        hr = pControl.QueryInterface(__uuidof(IWMPPlayer), m_spWMPPlayer);
+        hr = QueryTo(pControl, __uuidof(IWMPPlayer), m_spWMPPlayer);
     if (SUCCEEDED(hr))
         hr = m_spWMPPlayer->get_versionInfo(version.Out());
-    if (SUCCEEDED(hr) && FAILED(m_spWMPPlayer.QueryInterface(__uuidof(IWMPControls), m_spWMPControls)))
+    if (SUCCEEDED(hr) && FAILED(QueryTo(m_spWMPPlayer, __uuidof(IWMPControls), m_spWMPControls)))
     {
         // Some controls hand out their transport only as a property of the player.
         hr = m_spWMPPlayer->get_controls(&m_spWMPControls);
@@ -162,14 +162,14 @@ LRESULT CWMPHost::OnCreate()
         m_spWMPPlayer->put_enableContextMenu(VARIANT_FALSE);
         hr = m_spWMPPlayer->get_settings(&pSettings);
     }
-    CComPtr<CWMPEventSink> pSink;
+    ComPtr<CWMPEventSink> pSink;
     if (SUCCEEDED(hr))
     {
-        pSink.Attach(new (std::nothrow) CWMPEventSink(m_hWnd));
+        Adopt(pSink, new (std::nothrow) CWMPEventSink(m_hWnd));
         hr = pSink ? S_OK : E_OUTOFMEMORY;
     }
     if (SUCCEEDED(hr))
-        hr = m_spWMPPlayer.QueryInterface(IID_IConnectionPointContainer, pContainer);
+        hr = QueryTo(m_spWMPPlayer, IID_IConnectionPointContainer, pContainer);
     // Advised through the interface of the point found: a control may call the sink it is given
     // without asking it for that interface first (this platform's does).
     IUnknown* pSinkInterface = static_cast<IWMPEvents*>(pSink.Get());
@@ -354,7 +354,7 @@ bool CWMPHost::ReadFileInfo()
 {
     TESSALY_TRACE("CWMPHost::ReadFileInfo():enter");
     ClearFileInfo();
-    CComPtr<IWMPMedia> pMedia;
+    ComPtr<IWMPMedia> pMedia;
     if (FAILED(m_spWMPPlayer->get_currentMedia(&pMedia)) || !pMedia)
         return false;
     CBstr attribute(L"MediaType");
@@ -466,8 +466,8 @@ bool CWMPHost::SetStretchToFit(BOOL bStretch)
         return false;
     if (state != wmposMediaOpen)
         return true;
-    CComPtr<wmp::IWMPPlayer2> pPlayer2;
-    if (FAILED(m_spWMPPlayer.QueryInterface(wmp::IID_IWMPPlayer2, pPlayer2)))
+    ComPtr<wmp::IWMPPlayer2> pPlayer2;
+    if (FAILED(QueryTo(m_spWMPPlayer, wmp::IID_IWMPPlayer2, pPlayer2)))
         return true;
     VARIANT_BOOL bCurrent = VARIANT_FALSE;
     const VARIANT_BOOL bWanted = bStretch ? VARIANT_TRUE : VARIANT_FALSE;

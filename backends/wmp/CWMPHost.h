@@ -8,7 +8,7 @@
 
 #include <wmp.h>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CWMPHost
 {
@@ -51,9 +51,9 @@ protected:
 
     HWND m_hWnd = nullptr;
     HWND m_wndView = nullptr;
-    CComPtr<IWMPPlayer> m_spWMPPlayer;
-    CComPtr<IWMPControls> m_spWMPControls;
-    CComPtr<IConnectionPoint> m_spConnectionPoint;
+    ComPtr<IWMPPlayer> m_spWMPPlayer;
+    ComPtr<IWMPControls> m_spWMPControls;
+    ComPtr<IConnectionPoint> m_spConnectionPoint;
     DWORD m_dwAdviseCookie = 0;
     bool m_bOpening = false;
     bool m_bFileOpened = false;

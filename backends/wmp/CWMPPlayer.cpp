@@ -3,9 +3,9 @@
 #include <new>
 
 #include "backends/wmp/CWMPHost.h"
-#include "dispatch/CUtility.h"
+#include "base/CUtility.h"
 #include "engine/TessalyContract.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "dispatch/CPlayerBase.h"
+#include "base/CPlayerBase.h"
 
 class CWMPHost;
 

@@ -3,8 +3,8 @@
 HRESULT CEventConnection::Connect(IUnknown* pSource, REFIID riidEvents, IUnknown* pSink)
 {
     Disconnect();
-    CComPtr<IConnectionPointContainer> container;
-    HRESULT hr = pSource->QueryInterface(IID_IConnectionPointContainer, container.Out());
+    ComPtr<IConnectionPointContainer> container;
+    HRESULT hr = pSource->QueryInterface(IID_IConnectionPointContainer, &container);
     if (SUCCEEDED(hr))
         hr = container->FindConnectionPoint(riidEvents, &m_point);
     if (SUCCEEDED(hr))

@@ -4,7 +4,7 @@
 #include <windows.h>
 #include <ocidl.h>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CEventConnection
 {
@@ -18,6 +18,6 @@ public:
     void Disconnect();
 
 private:
-    CComPtr<IConnectionPoint> m_point;
+    ComPtr<IConnectionPoint> m_point;
     DWORD m_dwCookie = 0;
 };

@@ -56,8 +56,8 @@ std::wstring ModifiedDate(const std::wstring& path)
 void CInfoPanel::Attach(IPlay* pPlay, HWND hParent)
 {
     m_play = pPlay;
-    m_play.QueryInterface(IID_IPlay2, m_play2);
-    m_play.QueryInterface(IID_ITextDisplay, m_text);
+    QueryTo(m_play, IID_IPlay2, m_play2);
+    QueryTo(m_play, IID_ITextDisplay, m_text);
     m_hParent = hParent;
 }
 

@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 
 class CInfoPanel
@@ -39,9 +39,9 @@ private:
     HWND FindNewChild(const HWND* phKnown, size_t nKnown) const;
     void ApplyStyle();
 
-    CComPtr<IPlay> m_play;
-    CComPtr<IPlay2> m_play2;
-    CComPtr<ITextDisplay> m_text;
+    ComPtr<IPlay> m_play;
+    ComPtr<IPlay2> m_play2;
+    ComPtr<ITextDisplay> m_text;
     HWND m_hParent = nullptr;
     HWND m_hPanel = nullptr;
 };

@@ -5,7 +5,7 @@
 #include <propsys.h>
 #include <shlobj.h>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 namespace {
 
@@ -32,8 +32,8 @@ std::wstring CMediaTitle::FromName(const std::wstring& path)
 
 std::wstring CMediaTitle::FromTags(const std::wstring& path)
 {
-    CComPtr<IPropertyStore> store;
-    if (FAILED(SHGetPropertyStoreFromParsingName(path.c_str(), nullptr, GPS_DEFAULT, IID_IPropertyStore, store.Out())))
+    ComPtr<IPropertyStore> store;
+    if (FAILED(SHGetPropertyStoreFromParsingName(path.c_str(), nullptr, GPS_DEFAULT, IID_IPropertyStore, &store)))
         return {};
     PROPVARIANT value;
     PropVariantInit(&value);

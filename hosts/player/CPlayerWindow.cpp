@@ -150,10 +150,10 @@ bool CPlayerWindow::OnCreate()
 
 HRESULT CPlayerWindow::CreateEngine()
 {
-    HRESULT hr = CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay, m_play.Out());
+    HRESULT hr = CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay, &m_play);
     if (FAILED(hr))
         return hr;
-    m_events.Attach(new CPlayerEvents(this));
+    Adopt(m_events, new CPlayerEvents(this));
     hr = m_connection.Connect(m_play.Get(), IID_IPlayEvents, m_events.Get());
     if (SUCCEEDED(hr))
         hr = m_play->SetParentWindow(static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_hVideo)));

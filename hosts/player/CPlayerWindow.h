@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 #include "hosts/player/CControlBar.h"
 #include "hosts/player/CEventConnection.h"
@@ -67,8 +67,8 @@ private:
     CInfoPanel m_panel;
     CPlaylist m_playlist;
 
-    CComPtr<IPlay> m_play;
-    CComPtr<CPlayerEvents> m_events;
+    ComPtr<IPlay> m_play;
+    ComPtr<CPlayerEvents> m_events;
     CEventConnection m_connection;
     HRESULT m_hrEngine = S_OK;
 

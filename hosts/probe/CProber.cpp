@@ -4,7 +4,7 @@
 
 HRESULT CProber::Create()
 {
-    return CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo, m_query.Out());
+    return CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo, &m_query);
 }
 
 CProbeResult CProber::Probe(const CProbeTarget& target)

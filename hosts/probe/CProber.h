@@ -2,7 +2,7 @@
 // back-end starts only once in a run.
 #pragma once
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 #include "hosts/probe/CProbeResult.h"
 #include "hosts/probe/CProbeTarget.h"
@@ -14,5 +14,5 @@ public:
     CProbeResult Probe(const CProbeTarget& target);
 
 private:
-    CComPtr<IQueryFileInfo> m_query;
+    ComPtr<IQueryFileInfo> m_query;
 };

@@ -11,11 +11,11 @@
 void CFilterFixture::SetUp()
 {
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-    ASSERT_EQ(S_OK, CComCreator<CCDAudioSource>::CreateInstance(nullptr, IID_IBaseFilter, m_filter.Out()));
+    ASSERT_EQ(S_OK, CComCreator<CCDAudioSource>::CreateInstance(nullptr, IID_IBaseFilter, &m_filter));
     ASSERT_EQ(S_OK, m_filter->FindPin(L"Output", &m_pin));
-    ASSERT_EQ(S_OK, m_filter.QueryInterface(IID_IFileSourceFilter, m_source));
-    ASSERT_EQ(S_OK, m_filter.QueryInterface(IID_IMediaSeeking, m_seeking));
-    ASSERT_EQ(S_OK, m_filter.QueryInterface(IID_ICDAudioSourceConfig, m_config));
+    ASSERT_EQ(S_OK, QueryTo(m_filter, IID_IFileSourceFilter, m_source));
+    ASSERT_EQ(S_OK, QueryTo(m_filter, IID_IMediaSeeking, m_seeking));
+    ASSERT_EQ(S_OK, QueryTo(m_filter, IID_ICDAudioSourceConfig, m_config));
 }
 
 void CFilterFixture::TearDown()
@@ -64,6 +64,6 @@ std::vector<uint8_t> CFilterFixture::ImageSectors(uint32_t ulFirst, uint32_t ulC
 HRESULT CFilterFixture::ConnectRecorder(const CRecordingPin::Options& options)
 {
     EXPECT_EQ(1, m_recorder ? m_recorder->Refs() : 1) << "the filter holds a pin whose connection it refused";
-    m_recorder.Attach(new CRecordingPin(options));
+    Adopt(m_recorder, new CRecordingPin(options));
     return m_pin->Connect(static_cast<IPin*>(m_recorder.Get()), nullptr);
 }

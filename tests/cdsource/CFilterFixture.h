@@ -16,7 +16,7 @@
 #include "CImageFolder.h"
 #include "CRecordingPin.h"
 #include "cdsource/CDAudioSource.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CFilterFixture : public ::testing::Test
 {
@@ -39,12 +39,12 @@ protected:
     // A new recording pin for the filter's pin; the one before must be free of the filter.
     HRESULT ConnectRecorder(const CRecordingPin::Options& options = CRecordingPin::Options());
 
-    CComPtr<IBaseFilter> m_filter;
-    CComPtr<IPin> m_pin;
-    CComPtr<IFileSourceFilter> m_source;
-    CComPtr<IMediaSeeking> m_seeking;
-    CComPtr<ICDAudioSourceConfig> m_config;
-    CComPtr<CRecordingPin> m_recorder;
+    ComPtr<IBaseFilter> m_filter;
+    ComPtr<IPin> m_pin;
+    ComPtr<IFileSourceFilter> m_source;
+    ComPtr<IMediaSeeking> m_seeking;
+    ComPtr<ICDAudioSourceConfig> m_config;
+    ComPtr<CRecordingPin> m_recorder;
 
 private:
     std::unique_ptr<CImageFolder> m_pImage;

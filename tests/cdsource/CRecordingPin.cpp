@@ -5,7 +5,7 @@
 CRecordingPin::CRecordingPin(const Options& options) : m_options(options)
 {
     InitializeCriticalSection(&m_cs);
-    CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER, IID_IMemAllocator, m_pOwnAllocator.Out());
+    CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER, IID_IMemAllocator, &m_pOwnAllocator);
 }
 
 STDMETHODIMP CRecordingPin::QueryInterface(REFIID riid, void** ppv)
@@ -40,7 +40,7 @@ HRESULT CRecordingPin::Flush(bool bBegin)
 {
     // A flushed renderer lets go of the samples it queued, which frees the source's buffers; they
     // are released after the lock, as a release may wake the source.
-    std::vector<CComPtr<IMediaSample>> kept;
+    std::vector<ComPtr<IMediaSample>> kept;
     CScopedLock lock(&m_cs);
     kept.swap(m_kept);
     if (bBegin != m_bFlushing)
@@ -63,7 +63,7 @@ STDMETHODIMP CRecordingPin::Receive(IMediaSample* pSample)
                       (pSample->IsDiscontinuity() == S_OK ? " discontinuity" : ""));
     m_bytes.insert(m_bytes.end(), pData, pData + cb);
     if (m_options.bKeepSamples)
-        m_kept.push_back(CComPtr<IMediaSample>(pSample));
+        m_kept.push_back(ComPtr<IMediaSample>(pSample));
     return S_OK;
 }
 

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CRecordingPin : public IPin, public IMemInputPin
 {
@@ -89,7 +89,7 @@ private:
     mutable CRITICAL_SECTION m_cs;
     std::vector<std::string> m_calls;
     std::vector<uint8_t> m_bytes;
-    std::vector<CComPtr<IMediaSample>> m_kept;
+    std::vector<ComPtr<IMediaSample>> m_kept;
     bool m_bFlushing = false;
-    CComPtr<IMemAllocator> m_pOwnAllocator;
+    ComPtr<IMemAllocator> m_pOwnAllocator;
 };

@@ -14,20 +14,20 @@ using FilterObject = CFilterFixture;
 
 TEST_F(FilterObject, OneIdentityOnePinAndEveryReferenceComesBack)
 {
-    CComPtr<IUnknown> identity;
-    ASSERT_EQ(S_OK, m_filter.QueryInterface(IID_IUnknown, identity));
+    ComPtr<IUnknown> identity;
+    ASSERT_EQ(S_OK, QueryTo(m_filter, IID_IUnknown, identity));
     for (REFIID riid : {IID_IPersist, IID_IMediaFilter, IID_IFileSourceFilter, IID_IMediaSeeking, IID_ICDAudioSourceConfig})
     {
-        CComPtr<IUnknown> p, back;
-        ASSERT_EQ(S_OK, m_filter->QueryInterface(riid, p.Out()));
-        ASSERT_EQ(S_OK, p.QueryInterface(IID_IUnknown, back));
+        ComPtr<IUnknown> p, back;
+        ASSERT_EQ(S_OK, m_filter->QueryInterface(riid, &p));
+        ASSERT_EQ(S_OK, QueryTo(p, IID_IUnknown, back));
         EXPECT_EQ(identity.Get(), back.Get());
     }
     void* pv = &pv;
     EXPECT_EQ(E_NOINTERFACE, m_filter->QueryInterface(IID_IPin, &pv));
     EXPECT_EQ(nullptr, pv);
     // The one pin is counted on the filter's references, and the enumerator lets go of it.
-    CComPtr<IEnumPins> pins;
+    ComPtr<IEnumPins> pins;
     ASSERT_EQ(S_OK, m_filter->EnumPins(&pins));
     IPin* apPins[2] = {};
     ULONG cFetched = 0;
@@ -164,8 +164,8 @@ TEST_F(PinConnection, ConnectsOnceWithCDAudioAndTheInputPinsAllocatorAndRefusesT
     EXPECT_TRUE(mt.cbFormat >= sizeof(expected) && std::memcmp(&expected, mt.pbFormat, sizeof(expected)) == 0);
     CoTaskMemFree(mt.pbFormat);
 
-    CComPtr<CRecordingPin> second;
-    second.Attach(new CRecordingPin(CRecordingPin::Options()));
+    ComPtr<CRecordingPin> second;
+    Adopt(second, new CRecordingPin(CRecordingPin::Options()));
     EXPECT_EQ(VFW_E_ALREADY_CONNECTED, m_pin->Connect(static_cast<IPin*>(second.Get()), nullptr));
     EXPECT_EQ(S_OK, m_filter->Pause());
     EXPECT_EQ(VFW_E_NOT_STOPPED, m_pin->Disconnect());

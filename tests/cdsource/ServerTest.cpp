@@ -11,7 +11,7 @@
 
 #include "cdsource/CCDSourceRegistrar.h"
 #include "cdsource/CDAudioSource.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 namespace {
 
@@ -61,21 +61,21 @@ TEST_F(Server, TheLibrarysClassObjectKeepsItLoadedAndItRegistersAndUnregistersTh
     EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, pfnGetClassObject(CLSID_FilterGraph, IID_IClassFactory, &pv));
     EXPECT_EQ(nullptr, pv);
     EXPECT_EQ(E_POINTER, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, nullptr));
-    CComPtr<IClassFactory> factory;
-    ASSERT_EQ(S_OK, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, factory.Out()));
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, &factory));
     EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
     EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), IID_IBaseFilter, &pv));
-    CComPtr<IBaseFilter> filter;
-    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IBaseFilter, filter.Out()));
+    ComPtr<IBaseFilter> filter;
+    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IBaseFilter, &filter));
     EXPECT_EQ(S_OK, factory->LockServer(TRUE));
     factory.Reset();
-    CComPtr<IEnumPins> pins;
+    ComPtr<IEnumPins> pins;
     ASSERT_EQ(S_OK, filter->EnumPins(&pins));
     filter.Reset();
     EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
     pins.Reset();
     EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
-    ASSERT_EQ(S_OK, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, factory.Out()));
+    ASSERT_EQ(S_OK, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, &factory));
     EXPECT_EQ(S_OK, factory->LockServer(FALSE));
     factory.Reset();
     EXPECT_EQ(S_OK, pfnCanUnloadNow());
@@ -94,7 +94,7 @@ TEST_F(Server, TheLibrarysClassObjectKeepsItLoadedAndItRegistersAndUnregistersTh
     EXPECT_EQ(std::wstring(L"Both"), ReadValue(kClassKey + L"\\InprocServer32", L"ThreadingModel"));
     EXPECT_EQ(std::wstring(L"Tessaly CD Audio Source"), ReadValue(kFilterKey, L"FriendlyName"));
     ASSERT_EQ(S_OK, CoCreateInstance(CLSID_TessalyCDAudioSource, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                     filter.Out())); // as the engine creates it: the same library
+                                     &filter)); // as the engine creates it: the same library
     CLSID clsid = GUID_NULL;
     EXPECT_EQ(S_OK, filter->GetClassID(&clsid));
     EXPECT_TRUE(clsid == CLSID_TessalyCDAudioSource);
@@ -106,7 +106,7 @@ TEST_F(Server, TheLibrarysClassObjectKeepsItLoadedAndItRegistersAndUnregistersTh
     EXPECT_EQ(std::wstring(L"(none)"), ReadValue(kFilterKey, L"FriendlyName"));
     EXPECT_EQ(S_OK, pfnUnregister()); // already gone is done
     EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(CLSID_TessalyCDAudioSource, nullptr, CLSCTX_INPROC_SERVER,
-                                                    IID_IBaseFilter, filter.Out()));
+                                                    IID_IBaseFilter, &filter));
     CoFreeUnusedLibraries();
     EXPECT_EQ(S_OK, pfnCanUnloadNow());
     EXPECT_EQ(S_OK, bWasRegistered ? pfnRegister() : S_OK);

@@ -81,8 +81,8 @@ TEST_F(Streaming, SeekingOrStoppingWhileDeliveryWaitsForABufferReturnsAtOnce)
     // To disc sector 1 through the pin, as the renderer passes a graph's seek on: the flush lets
     // the queued samples go, and delivery begins again there.
     LONGLONG llStart = CTrackRange::TimeOf(1), llStop = CTrackRange::TimeOf(200);
-    CComPtr<IMediaSeeking> pinSeeking;
-    ASSERT_EQ(S_OK, m_pin.QueryInterface(IID_IMediaSeeking, pinSeeking));
+    ComPtr<IMediaSeeking> pinSeeking;
+    ASSERT_EQ(S_OK, QueryTo(m_pin, IID_IMediaSeeking, pinSeeking));
     DWORD dwStart = GetTickCount();
     ASSERT_EQ(S_OK, pinSeeking->SetPositions(&llStart, AM_SEEKING_AbsolutePositioning, &llStop,
                                              AM_SEEKING_AbsolutePositioning));

@@ -30,7 +30,7 @@ protected:
         ASSERT_EQ(S_OK, player->Init(L"photo.jpg"));
         player->SetParentWindow(hWndHost);
         ASSERT_EQ(S_OK, player->OpenFile(L"photo.jpg", 0, 1, nullptr));
-        info->SetMediaPlayer(player.get());
+        info->SetVideoArea(player.get());
         log.Clear();
     }
     void TearDown() override
@@ -80,7 +80,7 @@ TEST_F(InfoWndDispatcher, APanelOrNothingLeavesThePictureAlone)
     info->ShowMediaInfo(TRUE);
     EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_MEDIA, TRUE));
     EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_NONE, TRUE));
-    info->SetMediaPlayer(nullptr);
+    info->SetVideoArea(nullptr);
     info->ShowMediaInfo(FALSE);
     EXPECT_EQ(Entries{}, log.Entries());
 }

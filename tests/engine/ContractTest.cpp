@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 
 namespace {
@@ -105,7 +105,7 @@ std::string TypeName(ITypeInfo* pInfo, const TYPEDESC& td)
     case VT_PTR: return TypeName(pInfo, *td.lptdesc) + "*";
     case VT_USERDEFINED:
     {
-        CComPtr<ITypeInfo> ref;
+        ComPtr<ITypeInfo> ref;
         if (FAILED(pInfo->GetRefTypeInfo(td.hreftype, &ref)))
             return "?ref";
         return NameOf(ref.Get());
@@ -165,7 +165,7 @@ protected:
         return nullptr;
     }
 
-    CComPtr<ITypeLib> m_lib;
+    ComPtr<ITypeLib> m_lib;
 };
 
 TEST_F(TypeLibrary, LibraryIdentityMatchesTheContract)
@@ -193,7 +193,7 @@ TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
     for (const Interface& itf : ContractInterfaces())
     {
         SCOPED_TRACE(Narrow(itf.name));
-        CComPtr<ITypeInfo> info;
+        ComPtr<ITypeInfo> info;
         ASSERT_EQ(S_OK, m_lib->GetTypeInfoOfGuid(*itf.iid, &info));
         EXPECT_EQ(Narrow(itf.name), NameOf(info.Get()));
 
@@ -208,7 +208,7 @@ TEST_F(TypeLibrary, EveryMethodHasTheContractsSlotMemberIdAndParameters)
 
         HREFTYPE hBase = 0;
         ASSERT_EQ(S_OK, info->GetRefTypeOfImplType(0, &hBase));
-        CComPtr<ITypeInfo> base;
+        ComPtr<ITypeInfo> base;
         ASSERT_EQ(S_OK, info->GetRefTypeInfo(hBase, &base));
         EXPECT_EQ(Narrow(itf.base), NameOf(base.Get()));
 
@@ -270,10 +270,10 @@ void ExpectRecord(ITypeInfo* pInfo, ULONG cbSize, const std::vector<Field>& fiel
 
 TEST_F(TypeLibrary, RecordsHaveTheContractsLayout)
 {
-    CComPtr<ITypeInfo> fileInfo, mediaInfo, font;
-    fileInfo.Attach(FindType("_TESSALY_FILEINFO"));
-    mediaInfo.Attach(FindType("_TESSALY_MEDIA_INFO"));
-    font.Attach(FindType("LOGFONTW"));
+    ComPtr<ITypeInfo> fileInfo, mediaInfo, font;
+    Adopt(fileInfo, FindType("_TESSALY_FILEINFO"));
+    Adopt(mediaInfo, FindType("_TESSALY_MEDIA_INFO"));
+    Adopt(font, FindType("LOGFONTW"));
     ExpectRecord(fileInfo.Get(), 24,
                  {{"dwAttributeMask", 0, "unsigned long"}, {"dDuration", 8, "double"},
                   {"dwWidth", 16, "unsigned long"}, {"dwHeight", 20, "unsigned long"}});
@@ -293,8 +293,8 @@ TEST_F(TypeLibrary, RecordsHaveTheContractsLayout)
 
 TEST_F(TypeLibrary, PlaybackStateIsA32BitEnumerationWithTheContractsValues)
 {
-    CComPtr<ITypeInfo> state;
-    state.Attach(FindType("_TESSALY_PLAYBACK_STATE"));
+    ComPtr<ITypeInfo> state;
+    Adopt(state, FindType("_TESSALY_PLAYBACK_STATE"));
     ASSERT_NE(nullptr, state.Get());
     TYPEATTR* pAttr = nullptr;
     ASSERT_EQ(S_OK, state->GetTypeAttr(&pAttr));
@@ -324,7 +324,7 @@ void ExpectCoclass(ITypeLib* pLib, const CLSID& clsid, const char* name, const c
                    const std::vector<Implemented>& interfaces)
 {
     SCOPED_TRACE(name);
-    CComPtr<ITypeInfo> info;
+    ComPtr<ITypeInfo> info;
     ASSERT_EQ(S_OK, pLib->GetTypeInfoOfGuid(clsid, &info));
     BSTR bstrName = nullptr, bstrDoc = nullptr;
     ASSERT_EQ(S_OK, info->GetDocumentation(MEMBERID_NIL, &bstrName, &bstrDoc, nullptr, nullptr));
@@ -343,7 +343,7 @@ void ExpectCoclass(ITypeLib* pLib, const CLSID& clsid, const char* name, const c
     {
         HREFTYPE href = 0;
         ASSERT_EQ(S_OK, info->GetRefTypeOfImplType(i, &href));
-        CComPtr<ITypeInfo> itf;
+        ComPtr<ITypeInfo> itf;
         ASSERT_EQ(S_OK, info->GetRefTypeInfo(href, &itf));
         EXPECT_EQ(interfaces[i].name, NameOf(itf.Get()));
         INT flags = 0;

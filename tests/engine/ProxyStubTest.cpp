@@ -8,7 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 
 extern "C" HRESULT WINAPI PrxDllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
@@ -104,8 +104,8 @@ class ProxyRegistration
 public:
     ProxyRegistration()
     {
-        CComPtr<IUnknown> factory;
-        m_hr = PrxDllGetClassObject(kProxyClass, IID_IUnknown, factory.Out());
+        ComPtr<IUnknown> factory;
+        m_hr = PrxDllGetClassObject(kProxyClass, IID_IUnknown, &factory);
         if (SUCCEEDED(m_hr))
             m_hr = CoRegisterClassObject(kProxyClass, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
         for (const IID* iid : {&IID_IPlay, &IID_IPlay2, &IID_IPlayCD, &IID_ITextDisplay, &IID_IPlayEvents,
@@ -139,7 +139,7 @@ protected:
         m_server = std::thread([this] { Serve(); });
         WaitForSingleObject(m_ready, INFINITE);
         ASSERT_EQ(S_OK, m_serverResult);
-        ASSERT_EQ(S_OK, CoGetInterfaceAndReleaseStream(m_stream, IID_IQueryFileInfo, m_proxy.Out()));
+        ASSERT_EQ(S_OK, CoGetInterfaceAndReleaseStream(m_stream, IID_IQueryFileInfo, &m_proxy));
         ASSERT_NE(static_cast<IQueryFileInfo*>(&m_object), m_proxy.Get()) << "a proxy, not the object";
     }
 
@@ -189,7 +189,7 @@ protected:
     DWORD m_serverThreadId = 0;
     HRESULT m_serverResult = E_FAIL;
     IStream* m_stream = nullptr;
-    CComPtr<IQueryFileInfo> m_proxy;
+    ComPtr<IQueryFileInfo> m_proxy;
 };
 
 TEST_F(ProxyStub, CarriesAStringInAndARecordBack)
@@ -215,8 +215,8 @@ TEST_F(ProxyStub, ReturnsTheObjectsFailureCodeUnchanged)
 
 TEST_F(ProxyStub, CarriesTheFontRecordAndColourOutputsOfTheTextInterface)
 {
-    CComPtr<ITextDisplay> pText;
-    ASSERT_EQ(S_OK, m_proxy.QueryInterface(IID_ITextDisplay, pText));
+    ComPtr<ITextDisplay> pText;
+    ASSERT_EQ(S_OK, QueryTo(m_proxy, IID_ITextDisplay, pText));
     LOGFONTW lf = {};
     lf.lfHeight = -24;
     lf.lfWeight = FW_BOLD;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "hosts/player/CPlayerEvents.h"
 
 namespace {
@@ -25,14 +25,14 @@ public:
 TEST(PlayerEvents, AnswersForTheEventInterfaceOnly)
 {
     CListener listener;
-    CComPtr<CPlayerEvents> sink;
-    sink.Attach(new CPlayerEvents(&listener));
-    CComPtr<IPlayEvents> events;
-    EXPECT_EQ(S_OK, sink.QueryInterface(IID_IPlayEvents, events));
-    CComPtr<IUnknown> unknown;
-    EXPECT_EQ(S_OK, sink.QueryInterface(IID_IUnknown, unknown));
-    CComPtr<IPlayCDEvents> cdEvents;
-    EXPECT_EQ(E_NOINTERFACE, sink.QueryInterface(IID_IPlayCDEvents, cdEvents));
+    ComPtr<CPlayerEvents> sink;
+    Adopt(sink, new CPlayerEvents(&listener));
+    ComPtr<IPlayEvents> events;
+    EXPECT_EQ(S_OK, QueryTo(sink, IID_IPlayEvents, events));
+    ComPtr<IUnknown> unknown;
+    EXPECT_EQ(S_OK, QueryTo(sink, IID_IUnknown, unknown));
+    ComPtr<IPlayCDEvents> cdEvents;
+    EXPECT_EQ(E_NOINTERFACE, QueryTo(sink, IID_IPlayCDEvents, cdEvents));
     EXPECT_FALSE(cdEvents);
     EXPECT_EQ(E_POINTER, sink->QueryInterface(IID_IPlayEvents, nullptr));
 }
@@ -40,8 +40,8 @@ TEST(PlayerEvents, AnswersForTheEventInterfaceOnly)
 TEST(PlayerEvents, HandsEventsOnUntilDetached)
 {
     CListener listener;
-    CComPtr<CPlayerEvents> sink;
-    sink.Attach(new CPlayerEvents(&listener));
+    ComPtr<CPlayerEvents> sink;
+    Adopt(sink, new CPlayerEvents(&listener));
     EXPECT_EQ(S_OK, sink->OnPlayProgress(0.5, Playback_State_Play));
     EXPECT_EQ(S_OK, sink->OnPlayComplete());
     EXPECT_EQ(S_OK, sink->OnPlayError(E_FAIL));

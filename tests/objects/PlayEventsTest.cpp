@@ -11,7 +11,7 @@
 
 #include "dispatch/CMediaPlayer.h"
 #include "engine/CComCreator.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "objects/CPlay.h"
 #include "tests/support/CRecordingSink.h"
 
@@ -25,10 +25,10 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, CComCreator<CPlay>::CreateInstance(nullptr, IID_IPlay, m_play.Out()));
+        ASSERT_EQ(S_OK, CComCreator<CPlay>::CreateInstance(nullptr, IID_IPlay, &m_play));
         m_pPlay = static_cast<CPlay*>(static_cast<IPlayCD*>(m_play.Get()));
-        CComPtr<IConnectionPointContainer> container;
-        ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
+        ComPtr<IConnectionPointContainer> container;
+        ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
         ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &m_events));
         ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayCDEvents, &m_cdEvents));
     }
@@ -65,10 +65,10 @@ protected:
     }
 
     std::vector<std::unique_ptr<CRecordingSink>> m_sinks;
-    CComPtr<IPlay> m_play;
+    ComPtr<IPlay> m_play;
     CPlay* m_pPlay = nullptr;
-    CComPtr<IConnectionPoint> m_events;
-    CComPtr<IConnectionPoint> m_cdEvents;
+    ComPtr<IConnectionPoint> m_events;
+    ComPtr<IConnectionPoint> m_cdEvents;
     Log m_log;
 };
 
@@ -227,14 +227,14 @@ TEST_F(PlayEvents, UnadviseRefusesCookiesItDidNotIssueOrAlreadyTookBack)
 
 TEST_F(PlayEvents, TheContainerFindsAndListsItsTwoPointsInOrder)
 {
-    CComPtr<IConnectionPointContainer> container;
-    ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
+    ComPtr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
     EXPECT_EQ(E_POINTER, container->FindConnectionPoint(IID_IPlayEvents, nullptr));
     IConnectionPoint* pPoint = reinterpret_cast<IConnectionPoint*>(0x1);
     EXPECT_EQ(CONNECT_E_NOCONNECTION, container->FindConnectionPoint(IID_IPlay, &pPoint));
     EXPECT_EQ(nullptr, pPoint);
 
-    CComPtr<IEnumConnectionPoints> points;
+    ComPtr<IEnumConnectionPoints> points;
     ASSERT_EQ(S_OK, container->EnumConnectionPoints(&points));
     IConnectionPoint* found[3] = {};
     ULONG cFetched = 0;
@@ -248,14 +248,14 @@ TEST_F(PlayEvents, TheContainerFindsAndListsItsTwoPointsInOrder)
     found[0]->Release();
     found[1]->Release();
 
-    CComPtr<IConnectionPointContainer> owner;
+    ComPtr<IConnectionPointContainer> owner;
     EXPECT_EQ(S_OK, m_events->GetConnectionPointContainer(&owner));
     EXPECT_EQ(container.Get(), owner.Get());
-    CComPtr<IUnknown> unknown;
-    EXPECT_EQ(S_OK, m_events.QueryInterface(IID_IUnknown, unknown));
+    ComPtr<IUnknown> unknown;
+    EXPECT_EQ(S_OK, QueryTo(m_events, IID_IUnknown, unknown));
     EXPECT_EQ(static_cast<IUnknown*>(m_events.Get()), unknown.Get()) << "a point answers IUnknown itself";
-    CComPtr<IPlay> notAPlay;
-    EXPECT_EQ(E_NOINTERFACE, m_events.QueryInterface(IID_IPlay, notAPlay));
+    ComPtr<IPlay> notAPlay;
+    EXPECT_EQ(E_NOINTERFACE, QueryTo(m_events, IID_IPlay, notAPlay));
 }
 
 TEST_F(PlayEvents, EnumConnectionsListsEachSinkWithItsCookie)
@@ -265,7 +265,7 @@ TEST_F(PlayEvents, EnumConnectionsListsEachSinkWithItsCookie)
     const DWORD dwB = Advise(m_events.Get(), *b);
     Advise(m_events.Get(), *c);
     m_events->Unadvise(dwB);
-    CComPtr<IEnumConnections> connections;
+    ComPtr<IEnumConnections> connections;
     ASSERT_EQ(S_OK, m_events->EnumConnections(&connections));
     CONNECTDATA data[4] = {};
     ULONG cFetched = 0;

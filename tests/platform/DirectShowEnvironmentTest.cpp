@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 namespace {
 
@@ -44,21 +44,21 @@ TEST(PlatformAudio, AWaveFileRendersAndCompletesInRealTime)
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     const std::wstring wav = WriteSilentWave(0.5);
     {
-        CComPtr<IGraphBuilder> graph;
+        ComPtr<IGraphBuilder> graph;
         ASSERT_EQ(S_OK, CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER,
-                                         IID_IGraphBuilder, graph.Out()));
+                                         IID_IGraphBuilder, &graph));
         ASSERT_EQ(S_OK, graph->RenderFile(wav.c_str(), nullptr)) << "no audio renderer: check the ALSA null device";
 
-        CComPtr<IMediaSeeking> seeking;
-        ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaSeeking, seeking));
+        ComPtr<IMediaSeeking> seeking;
+        ASSERT_EQ(S_OK, QueryTo(graph, IID_IMediaSeeking, seeking));
         LONGLONG duration = 0;
         ASSERT_EQ(S_OK, seeking->GetDuration(&duration));
         EXPECT_NEAR(5000000, duration, 100000);
 
-        CComPtr<IMediaControl> control;
-        CComPtr<IMediaEventEx> events;
-        ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaControl, control));
-        ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaEventEx, events));
+        ComPtr<IMediaControl> control;
+        ComPtr<IMediaEventEx> events;
+        ASSERT_EQ(S_OK, QueryTo(graph, IID_IMediaControl, control));
+        ASSERT_EQ(S_OK, QueryTo(graph, IID_IMediaEventEx, events));
         const DWORD dwStart = GetTickCount();
         ASSERT_TRUE(SUCCEEDED(control->Run()));
         long code = 0;

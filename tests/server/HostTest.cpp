@@ -11,7 +11,7 @@
 
 #include "CTestMedia.h"
 #include "ServerPaths.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 
 namespace {
@@ -45,9 +45,9 @@ private:
 };
 
 template <class T>
-HRESULT Create(REFCLSID clsid, REFIID riid, CComPtr<T>& out, IUnknown* pOuter = nullptr)
+HRESULT Create(REFCLSID clsid, REFIID riid, ComPtr<T>& out, IUnknown* pOuter = nullptr)
 {
-    return CoCreateInstance(clsid, pOuter, CLSCTX_INPROC_SERVER, riid, out.Out());
+    return CoCreateInstance(clsid, pOuter, CLSCTX_INPROC_SERVER, riid, &out);
 }
 
 void ExpectRefused(IUnknown* pObject, REFIID riid)
@@ -61,18 +61,18 @@ using Creation = ComApartment;
 
 TEST_F(Creation, PlayAnswersExactlyItsInterfacesWithOnePointerForThePlayChain)
 {
-    CComPtr<IUnknown> unknown;
+    ComPtr<IUnknown> unknown;
     ASSERT_EQ(S_OK, Create(CLSID_Play, IID_IUnknown, unknown));
-    CComPtr<IPlay> play;
-    CComPtr<IPlay2> play2;
-    CComPtr<IPlayCD> playCD;
-    CComPtr<ITextDisplay> text;
-    CComPtr<IConnectionPointContainer> container;
-    EXPECT_EQ(S_OK, unknown.QueryInterface(IID_IPlay, play));
-    EXPECT_EQ(S_OK, unknown.QueryInterface(IID_IPlay2, play2));
-    EXPECT_EQ(S_OK, unknown.QueryInterface(IID_IPlayCD, playCD));
-    EXPECT_EQ(S_OK, unknown.QueryInterface(IID_ITextDisplay, text));
-    EXPECT_EQ(S_OK, unknown.QueryInterface(IID_IConnectionPointContainer, container));
+    ComPtr<IPlay> play;
+    ComPtr<IPlay2> play2;
+    ComPtr<IPlayCD> playCD;
+    ComPtr<ITextDisplay> text;
+    ComPtr<IConnectionPointContainer> container;
+    EXPECT_EQ(S_OK, QueryTo(unknown, IID_IPlay, play));
+    EXPECT_EQ(S_OK, QueryTo(unknown, IID_IPlay2, play2));
+    EXPECT_EQ(S_OK, QueryTo(unknown, IID_IPlayCD, playCD));
+    EXPECT_EQ(S_OK, QueryTo(unknown, IID_ITextDisplay, text));
+    EXPECT_EQ(S_OK, QueryTo(unknown, IID_IConnectionPointContainer, container));
     EXPECT_EQ(static_cast<void*>(play.Get()), static_cast<void*>(play2.Get()));
     EXPECT_EQ(static_cast<void*>(play.Get()), static_cast<void*>(playCD.Get()));
 
@@ -81,19 +81,19 @@ TEST_F(Creation, PlayAnswersExactlyItsInterfacesWithOnePointerForThePlayChain)
         ExpectRefused(unknown.Get(), riid);
 
     // Every interface leads back to the same identity.
-    CComPtr<IUnknown> again;
-    EXPECT_EQ(S_OK, text.QueryInterface(IID_IUnknown, again));
+    ComPtr<IUnknown> again;
+    EXPECT_EQ(S_OK, QueryTo(text, IID_IUnknown, again));
     EXPECT_EQ(unknown.Get(), again.Get());
-    EXPECT_EQ(S_OK, playCD.QueryInterface(IID_IUnknown, again));
+    EXPECT_EQ(S_OK, QueryTo(playCD, IID_IUnknown, again));
     EXPECT_EQ(unknown.Get(), again.Get());
 }
 
 TEST_F(Creation, QueryFileInfoAnswersOnlyIUnknownAndItsInterface)
 {
-    CComPtr<IQueryFileInfo> query;
+    ComPtr<IQueryFileInfo> query;
     ASSERT_EQ(S_OK, Create(CLSID_QueryFileInfo, IID_IQueryFileInfo, query));
-    CComPtr<IUnknown> unknown;
-    EXPECT_EQ(S_OK, query.QueryInterface(IID_IUnknown, unknown));
+    ComPtr<IUnknown> unknown;
+    EXPECT_EQ(S_OK, QueryTo(query, IID_IUnknown, unknown));
     EXPECT_EQ(static_cast<void*>(query.Get()), static_cast<void*>(unknown.Get()));
     for (REFIID riid : {IID_IDispatch, IID_IPlay, IID_ITextDisplay, IID_IConnectionPointContainer})
         ExpectRefused(query.Get(), riid);
@@ -155,27 +155,27 @@ TEST_F(Aggregation, AskingForAnythingButIUnknownIsRefused)
 TEST_F(Aggregation, TheInnerUnknownKeepsItsOwnIdentityAndInterfacesCountOnTheOuter)
 {
     RecordingOuter outer;
-    CComPtr<IUnknown> inner;
+    ComPtr<IUnknown> inner;
     ASSERT_EQ(S_OK, Create(CLSID_Play, IID_IUnknown, inner, &outer));
     ASSERT_NE(static_cast<IUnknown*>(&outer), inner.Get());
 
-    CComPtr<IUnknown> self;
-    EXPECT_EQ(S_OK, inner.QueryInterface(IID_IUnknown, self));
+    ComPtr<IUnknown> self;
+    EXPECT_EQ(S_OK, QueryTo(inner, IID_IUnknown, self));
     EXPECT_EQ(inner.Get(), self.Get()) << "the inner unknown answers IUnknown itself";
     self.Reset();
 
     const LONG addRefsBefore = outer.addRefs;
-    CComPtr<IPlay> play;
-    ASSERT_EQ(S_OK, inner.QueryInterface(IID_IPlay, play));
+    ComPtr<IPlay> play;
+    ASSERT_EQ(S_OK, QueryTo(inner, IID_IPlay, play));
     EXPECT_EQ(addRefsBefore + 1, outer.addRefs) << "the handed-out interface is counted on the outer";
 
     // IUnknown calls on the inner object's interfaces go to the outer object.
-    CComPtr<IUnknown> viaInterface;
-    EXPECT_EQ(S_OK, play.QueryInterface(IID_IUnknown, viaInterface));
+    ComPtr<IUnknown> viaInterface;
+    EXPECT_EQ(S_OK, QueryTo(play, IID_IUnknown, viaInterface));
     EXPECT_EQ(static_cast<IUnknown*>(&outer), viaInterface.Get());
     const LONG queriesBefore = outer.queries;
-    CComPtr<IPlay2> play2;
-    EXPECT_EQ(E_NOINTERFACE, play.QueryInterface(IID_IPlay2, play2)) << "the outer decides, and it knows no IPlay2";
+    ComPtr<IPlay2> play2;
+    EXPECT_EQ(E_NOINTERFACE, QueryTo(play, IID_IPlay2, play2)) << "the outer decides, and it knows no IPlay2";
     EXPECT_EQ(queriesBefore + 1, outer.queries);
 
     play.Reset();
@@ -186,10 +186,10 @@ TEST_F(Aggregation, TheInnerUnknownKeepsItsOwnIdentityAndInterfacesCountOnTheOut
 TEST_F(Aggregation, QueryFileInfoCanBeAggregatedToo)
 {
     RecordingOuter outer;
-    CComPtr<IUnknown> inner;
+    ComPtr<IUnknown> inner;
     ASSERT_EQ(S_OK, Create(CLSID_QueryFileInfo, IID_IUnknown, inner, &outer));
-    CComPtr<IQueryFileInfo> query;
-    EXPECT_EQ(S_OK, inner.QueryInterface(IID_IQueryFileInfo, query));
+    ComPtr<IQueryFileInfo> query;
+    EXPECT_EQ(S_OK, QueryTo(inner, IID_IQueryFileInfo, query));
     query.Reset();
     EXPECT_EQ(outer.addRefs, outer.releases);
 }
@@ -210,10 +210,10 @@ TEST_F(ClassObjects, AClassObjectAnswersIUnknownAndIClassFactoryOnly)
 {
     ServerExports server;
     ASSERT_TRUE(server.Loaded());
-    CComPtr<IClassFactory> factory;
-    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_QueryFileInfo, IID_IClassFactory, factory.Out()));
-    CComPtr<IUnknown> unknown;
-    EXPECT_EQ(S_OK, factory.QueryInterface(IID_IUnknown, unknown));
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_QueryFileInfo, IID_IClassFactory, &factory));
+    ComPtr<IUnknown> unknown;
+    EXPECT_EQ(S_OK, QueryTo(factory, IID_IUnknown, unknown));
     ExpectRefused(factory.Get(), IID_IDispatch);
     ExpectRefused(factory.Get(), IID_IQueryFileInfo);
 
@@ -233,22 +233,22 @@ TEST_F(ClassObjects, TheLibraryCanUnloadOnlyWhenNothingIsHeld)
     ASSERT_TRUE(server.Loaded());
     EXPECT_EQ(S_OK, server.pfnCanUnloadNow());
 
-    CComPtr<IClassFactory> factory;
-    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_Play, IID_IClassFactory, factory.Out()));
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_Play, IID_IClassFactory, &factory));
     EXPECT_EQ(S_FALSE, server.pfnCanUnloadNow()) << "a class object is held";
 
-    CComPtr<IPlay> play;
-    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IPlay, play.Out()));
+    ComPtr<IPlay> play;
+    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IPlay, &play));
     factory.Reset();
     EXPECT_EQ(S_FALSE, server.pfnCanUnloadNow()) << "an object is alive";
     play.Reset();
     EXPECT_EQ(S_OK, server.pfnCanUnloadNow());
 
-    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_Play, IID_IClassFactory, factory.Out()));
+    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_Play, IID_IClassFactory, &factory));
     EXPECT_EQ(S_OK, factory->LockServer(TRUE));
     factory.Reset();
     EXPECT_EQ(S_FALSE, server.pfnCanUnloadNow()) << "locked";
-    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_Play, IID_IClassFactory, factory.Out()));
+    ASSERT_EQ(S_OK, server.pfnGetClassObject(CLSID_Play, IID_IClassFactory, &factory));
     EXPECT_EQ(S_OK, factory->LockServer(FALSE));
     factory.Reset();
     EXPECT_EQ(S_OK, server.pfnCanUnloadNow());
@@ -296,7 +296,7 @@ using QueryFileInfo = ComApartment;
 
 TEST_F(QueryFileInfo, ANullRecordIsRefusedBeforeTheEngineStarts)
 {
-    CComPtr<IQueryFileInfo> query;
+    ComPtr<IQueryFileInfo> query;
     ASSERT_EQ(S_OK, Create(CLSID_QueryFileInfo, IID_IQueryFileInfo, query));
     WCHAR path[] = L"C:\\song.mp3";
     EXPECT_EQ(E_INVALIDARG, query->GetFileInfo(path, nullptr));
@@ -306,7 +306,7 @@ TEST_F(QueryFileInfo, ANullRecordIsRefusedBeforeTheEngineStarts)
 
 TEST_F(QueryFileInfo, MissingOrUnknownExtensionsAreNotSupportedAndLeaveTheRecordAlone)
 {
-    CComPtr<IQueryFileInfo> query;
+    ComPtr<IQueryFileInfo> query;
     ASSERT_EQ(S_OK, Create(CLSID_QueryFileInfo, IID_IQueryFileInfo, query));
     for (const wchar_t* pwszPath : {L"C:\\Media\\noextension", L"C:\\Media\\notes.txt", L"C:\\Media\\dot.", L""})
     {
@@ -325,7 +325,7 @@ TEST_F(QueryFileInfo, MissingOrUnknownExtensionsAreNotSupportedAndLeaveTheRecord
 // The DLL's own proxy/stub carries the calls of a multi-threaded apartment to the object.
 TEST_F(QueryFileInfo, AnotherApartmentGetsTheSameAnswersThroughTheProxy)
 {
-    CComPtr<IQueryFileInfo> query;
+    ComPtr<IQueryFileInfo> query;
     ASSERT_EQ(S_OK, Create(CLSID_QueryFileInfo, IID_IQueryFileInfo, query));
     IStream* pStream = nullptr;
     ASSERT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(IID_IQueryFileInfo, query.Get(), &pStream));
@@ -337,8 +337,8 @@ TEST_F(QueryFileInfo, AnotherApartmentGetsTheSameAnswersThroughTheProxy)
     std::thread caller([&] {
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         {
-            CComPtr<IQueryFileInfo> remote;
-            hrUnmarshal = CoGetInterfaceAndReleaseStream(pStream, IID_IQueryFileInfo, remote.Out());
+            ComPtr<IQueryFileInfo> remote;
+            hrUnmarshal = CoGetInterfaceAndReleaseStream(pStream, IID_IQueryFileInfo, &remote);
             if (SUCCEEDED(hrUnmarshal))
             {
                 bProxy = remote.Get() != query.Get();

@@ -10,7 +10,7 @@
 #include "CTestMedia.h"
 #include "CWindowPixels.h"
 #include "InfoWindows.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 
 namespace {
@@ -21,7 +21,7 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, m_play.Out()));
+        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, &m_play));
         m_parent = CreateWindowExW(WS_EX_TOPMOST, L"STATIC", L"host", WS_POPUP | WS_VISIBLE, 0, 0, 320, 240,
                                    nullptr, nullptr, nullptr, nullptr);
         ASSERT_NE(nullptr, m_parent);
@@ -62,7 +62,7 @@ protected:
         return CWindowPixels(m_hPanel);
     }
 
-    CComPtr<IPlay2> m_play;
+    ComPtr<IPlay2> m_play;
     HWND m_parent = nullptr;
     HWND m_hPanel = nullptr;
     TESSALY_MEDIA_INFO m_info;

@@ -13,7 +13,7 @@
 
 #include "CPictureCheck.h"
 #include "CPictureFiles.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 #include "tests/support/CMessagePump.h"
 #include "tests/support/CRecordingSink.h"
@@ -48,7 +48,7 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, m_play.Out()));
+        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, &m_play));
         WNDCLASSW wc = {};
         wc.lpfnWndProc = DefWindowProcW;
         wc.hInstance = GetModuleHandleW(nullptr);
@@ -64,8 +64,8 @@ protected:
         ShowWindow(m_host, SW_SHOWNOACTIVATE);
         ASSERT_EQ(S_OK, m_play->SetParentWindow(static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_host))));
 
-        CComPtr<IConnectionPointContainer> container;
-        ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
+        ComPtr<IConnectionPointContainer> container;
+        ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
         ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &m_events));
         ASSERT_EQ(S_OK, m_events->Advise(&m_sink, &m_dwCookie));
     }
@@ -126,8 +126,8 @@ protected:
     CPictureFiles m_files;
     std::vector<CRecordingSink::Entry> m_log;
     CRecordingSink m_sink{"host", &m_log};
-    CComPtr<IPlay2> m_play;
-    CComPtr<IConnectionPoint> m_events;
+    ComPtr<IPlay2> m_play;
+    ComPtr<IConnectionPoint> m_events;
     DWORD m_dwCookie = 0;
     HWND m_host = nullptr;
 };

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 #include "InfoWindows.h"
 
@@ -45,7 +45,7 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, m_play.Out()));
+        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, &m_play));
         m_parent = CreateWindowExW(0, L"STATIC", L"host", WS_POPUP, 0, 0, 640, 480, nullptr, nullptr, nullptr, nullptr);
         ASSERT_NE(nullptr, m_parent);
     }
@@ -63,7 +63,7 @@ protected:
         ASSERT_EQ(S_OK, m_play->SetParentWindowSize(320, 240));
     }
 
-    CComPtr<IPlay2> m_play;
+    ComPtr<IPlay2> m_play;
     HWND m_parent = nullptr;
 };
 
@@ -195,8 +195,8 @@ TEST_F(PlayArguments, TextAndMediaCallsNeedTheInformationWindow)
     EXPECT_EQ(E_FAIL, m_play->ShowMediaInfo(TRUE));
     TESSALY_MEDIA_INFO info = {};
     EXPECT_EQ(E_FAIL, m_play->SetMediaInfo(&info));
-    CComPtr<ITextDisplay> text;
-    ASSERT_EQ(S_OK, m_play.QueryInterface(IID_ITextDisplay, text));
+    ComPtr<ITextDisplay> text;
+    ASSERT_EQ(S_OK, QueryTo(m_play, IID_ITextDisplay, text));
     EXPECT_EQ(E_FAIL, text->SetGradientBkColor(1, 2, FALSE));
     EXPECT_EQ(E_FAIL, text->SetTextColor(3, FALSE));
     EXPECT_EQ(E_FAIL, text->SetFont(nullptr, FALSE));
@@ -207,8 +207,8 @@ TEST_F(PlayArguments, TextAndMediaCallsNeedTheInformationWindow)
 TEST_F(PlayArguments, ColoursAndFontsRoundTripWithTheirChecks)
 {
     MakeInfoWindow();
-    CComPtr<ITextDisplay> text;
-    ASSERT_EQ(S_OK, m_play.QueryInterface(IID_ITextDisplay, text));
+    ComPtr<ITextDisplay> text;
+    ASSERT_EQ(S_OK, QueryTo(m_play, IID_ITextDisplay, text));
     ULONG crTop = 0, crBottom = 0, crText = 0;
     EXPECT_EQ(S_OK, text->GetGradientBkColor(&crTop, &crBottom));
     EXPECT_EQ(0x660000u, crTop);

@@ -11,7 +11,7 @@
 #include "CDiscImageWriter.h"
 #include "CImageFolder.h"
 #include "cdimage/CDiscImageSetting.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 #include "tests/support/CMessagePump.h"
 #include "tests/support/CRecordingSink.h"
@@ -39,11 +39,11 @@ TEST_F(PlayCD, ARangePlaysWithANoticeAtEachTrackEndThenCompletesAndRefusedRanges
     ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Set(L'P', wide));
     std::vector<CRecordingSink::Entry> log;
     CRecordingSink sink("host", &log);
-    CComPtr<IPlayCD> play;
-    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlayCD, play.Out()));
-    CComPtr<IConnectionPointContainer> container;
-    ASSERT_EQ(S_OK, play.QueryInterface(IID_IConnectionPointContainer, container));
-    CComPtr<IConnectionPoint> points[2];
+    ComPtr<IPlayCD> play;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlayCD, &play));
+    ComPtr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, QueryTo(play, IID_IConnectionPointContainer, container));
+    ComPtr<IConnectionPoint> points[2];
     DWORD cookies[2] = {};
     for (int i = 0; i < 2; ++i)
     {

@@ -16,7 +16,7 @@
 #include "CProtectedMedia.h"
 #include "CTempFolder.h"
 #include "CTestMedia.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 #include "tests/support/CProcessCounts.h"
 #include "tests/support/CRecordingSink.h"
@@ -31,11 +31,11 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, m_play.Out()));
+        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, &m_play));
         m_parent = CreateWindowExW(0, L"STATIC", L"host", WS_POPUP, 0, 0, 320, 240, nullptr, nullptr, nullptr, nullptr);
         ASSERT_EQ(S_OK, m_play->SetParentWindow(static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_parent))));
-        CComPtr<IConnectionPointContainer> container;
-        ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
+        ComPtr<IConnectionPointContainer> container;
+        ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
         ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &m_events));
         ASSERT_EQ(S_OK, m_events->Advise(&m_sink, &m_dwCookie));
     }
@@ -81,8 +81,8 @@ protected:
 
     Log m_log;
     CRecordingSink m_sink{"host", &m_log};
-    CComPtr<IPlay2> m_play;
-    CComPtr<IConnectionPoint> m_events;
+    ComPtr<IPlay2> m_play;
+    ComPtr<IConnectionPoint> m_events;
     DWORD m_dwCookie = 0;
     HWND m_parent = nullptr;
 };
@@ -222,9 +222,9 @@ TEST_F(PlaySequence, SinksHearAFileInSlotOrderWhateverTheyAnswer)
     DWORD dwLate = 0;
     ASSERT_EQ(S_OK, m_events->Advise(&late, &dwLate));
 
-    CComPtr<IConnectionPointContainer> container;
-    ASSERT_EQ(S_OK, m_play.QueryInterface(IID_IConnectionPointContainer, container));
-    CComPtr<IConnectionPoint> cdEvents;
+    ComPtr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
+    ComPtr<IConnectionPoint> cdEvents;
     ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayCDEvents, &cdEvents));
     CRecordingSink cdOnly("cd", &m_log);
     DWORD dwCD = 0;
@@ -273,11 +273,11 @@ TEST_F(PlaySequence, SinksHearAFileInSlotOrderWhateverTheyAnswer)
 TEST_F(PlaySequence, AnErrorWhilePlayingArrivesOnceAfterTheStopAndLaterOnesAreDropped)
 {
     std::vector<std::string> filterLog;
-    CComPtr<IMediaEventSink> graphEvents;
+    ComPtr<IMediaEventSink> graphEvents;
     CFakeSourceFilter::Options options;
     options.onJoin = [&](IFilterGraph* pGraph) {
         if (pGraph)
-            pGraph->QueryInterface(IID_IMediaEventSink, graphEvents.Out());
+            pGraph->QueryInterface(IID_IMediaEventSink, &graphEvents);
     };
     CClassObjectRegistration installed(CLSID_OggSourceFilter, [&](REFIID riid, void** ppv) {
         return CFakeSourceFilter::Create(options, &filterLog, riid, ppv);
@@ -322,13 +322,13 @@ namespace {
 
 TEST_F(PlaySequence, TwoPlayObjectsPlayInOneProcess)
 {
-    CComPtr<IPlay2> second;
-    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, second.Out()));
+    ComPtr<IPlay2> second;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, &second));
     Log secondLog;
     CRecordingSink secondSink("second", &secondLog);
-    CComPtr<IConnectionPointContainer> container;
-    ASSERT_EQ(S_OK, second.QueryInterface(IID_IConnectionPointContainer, container));
-    CComPtr<IConnectionPoint> point;
+    ComPtr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, QueryTo(second, IID_IConnectionPointContainer, container));
+    ComPtr<IConnectionPoint> point;
     ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &point));
     DWORD dwCookie = 0;
     ASSERT_EQ(S_OK, point->Advise(&secondSink, &dwCookie));

@@ -9,7 +9,7 @@
 
 #include "CPictureFiles.h"
 #include "CTestMedia.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
 
 namespace {
@@ -21,7 +21,7 @@ protected:
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
         ASSERT_EQ(S_OK, CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo,
-                                         m_query.Out()));
+                                         &m_query));
     }
     void TearDown() override
     {
@@ -31,7 +31,7 @@ protected:
     HRESULT Query(const char* pszName, TESSALY_FILEINFO* pInfo) { return Query(CTestMedia::Path(pszName), pInfo); }
     HRESULT Query(std::wstring path, TESSALY_FILEINFO* pInfo) { return m_query->GetFileInfo(&path[0], pInfo); }
 
-    CComPtr<IQueryFileInfo> m_query;
+    ComPtr<IQueryFileInfo> m_query;
 };
 
 TEST_P(QueryMedia, AnswersTheFilesDurationSizeAndAttributes)

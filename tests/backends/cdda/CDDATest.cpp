@@ -19,7 +19,7 @@
 #include "cdimage/CDiscImageSetting.h"
 #include "cdsource/CCDSourceServer.h"
 #include "cdsource/CDAudioSource.h"
-#include "dispatch/EngineMessages.h"
+#include "base/EngineMessages.h"
 #include "tests/support/CProcessCounts.h"
 
 namespace {
@@ -120,7 +120,7 @@ private:
 struct CDDAGraphProbe : CDDAGraph
 {
     using CDDAGraph::CDDAGraph;
-    void UseSeeking(IMediaSeeking* pSeeking) { m_pMediaSeek = CComPtr<IMediaSeeking>(pSeeking); }
+    void UseSeeking(IMediaSeeking* pSeeking) { m_pMediaSeek = ComPtr<IMediaSeeking>(pSeeking); }
 };
 
 // Our CD audio source filter is registered in-process; each one made is kept, to ask it what
@@ -132,10 +132,10 @@ protected:
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
         m_pRegistration.reset(new CClassObjectRegistration(CLSID_TessalyCDAudioSource, [this](REFIID riid, void** ppv) {
-            CComPtr<IClassFactory> factory;
-            HRESULT hr = CCDSourceServer::GetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, factory.Out());
+            ComPtr<IClassFactory> factory;
+            HRESULT hr = CCDSourceServer::GetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, &factory);
             if (SUCCEEDED(hr) && SUCCEEDED(hr = factory->CreateInstance(nullptr, riid, ppv)))
-                m_filters.push_back(CComPtr<IUnknown>(static_cast<IUnknown*>(*ppv)));
+                m_filters.push_back(ComPtr<IUnknown>(static_cast<IUnknown*>(*ppv)));
             return hr;
         }));
         ASSERT_EQ(S_OK, m_pRegistration->Registered());
@@ -208,9 +208,9 @@ protected:
     }
     ULONGLONG Delivered()
     {
-        CComPtr<ICDAudioSourceConfig> config;
+        ComPtr<ICDAudioSourceConfig> config;
         ULONGLONG cb = 0;
-        if (m_filters.size() != 1 || FAILED(m_filters.front().QueryInterface(IID_ICDAudioSourceConfig, config)) ||
+        if (m_filters.size() != 1 || FAILED(QueryTo(m_filters.front(), IID_ICDAudioSourceConfig, config)) ||
             FAILED(config->GetDeliveredBytes(&cb)))
             ADD_FAILURE() << "one source filter, asked " << m_filters.size();
         return cb;
@@ -239,7 +239,7 @@ protected:
     }
 
     std::unique_ptr<CClassObjectRegistration> m_pRegistration;
-    std::vector<CComPtr<IUnknown>> m_filters;
+    std::vector<ComPtr<IUnknown>> m_filters;
     HWND m_hWnd = nullptr;
     Script m_script;
     CFakeMediaSeeking m_seeking;

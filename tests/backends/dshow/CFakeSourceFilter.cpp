@@ -12,7 +12,7 @@ HRESULT CFakeSourceFilter::Create(const Options& options, std::vector<std::strin
 {
     CFakeSourceFilter* pFilter = new CFakeSourceFilter(options, pLog);
     HRESULT hr = CoCreateInstance(options.inner, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                  pFilter->m_inner.Out());
+                                  &pFilter->m_inner);
     if (SUCCEEDED(hr))
         hr = pFilter->QueryInterface(riid, ppv);
     pFilter->Release();
@@ -58,16 +58,16 @@ HRESULT STDMETHODCALLTYPE CFakeSourceFilter::Load(LPCOLESTR pwszFile, const AM_M
     m_pLog->push_back("Load(" + CTestMedia::Narrow(pwszFile) + (pMediaType ? ", media type)" : ", no media type)"));
     if (FAILED(m_options.hrLoad))
         return m_options.hrLoad;
-    CComPtr<IFileSourceFilter> inner;
-    if (FAILED(m_inner.QueryInterface(IID_IFileSourceFilter, inner)))
+    ComPtr<IFileSourceFilter> inner;
+    if (FAILED(QueryTo(m_inner, IID_IFileSourceFilter, inner)))
         return S_OK; // an inner filter that reads no files has nothing to load
     return inner->Load(pwszFile, pMediaType);
 }
 
 HRESULT STDMETHODCALLTYPE CFakeSourceFilter::GetCurFile(LPOLESTR* ppwszFile, AM_MEDIA_TYPE* pMediaType)
 {
-    CComPtr<IFileSourceFilter> inner;
-    HRESULT hr = m_inner.QueryInterface(IID_IFileSourceFilter, inner);
+    ComPtr<IFileSourceFilter> inner;
+    HRESULT hr = QueryTo(m_inner, IID_IFileSourceFilter, inner);
     return FAILED(hr) ? hr : inner->GetCurFile(ppwszFile, pMediaType);
 }
 

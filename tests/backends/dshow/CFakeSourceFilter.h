@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "backends/dshow/CompanionSourceFilters.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 class CFakeSourceFilter : public IBaseFilter, public IFileSourceFilter, public ISourceFilterSetup
 {
@@ -76,5 +76,5 @@ private:
     ULONG m_cRef = 1;
     Options m_options;
     std::vector<std::string>* m_pLog;
-    CComPtr<IBaseFilter> m_inner;
+    ComPtr<IBaseFilter> m_inner;
 };

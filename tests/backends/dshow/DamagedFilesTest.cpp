@@ -12,9 +12,9 @@ namespace {
 // What DirectShow itself answers for the file, in a graph of its own.
 HRESULT PlatformRenderResult(const std::wstring& path)
 {
-    CComPtr<IGraphBuilder> graph;
+    ComPtr<IGraphBuilder> graph;
     HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder,
-                                  graph.Out());
+                                  &graph);
     return FAILED(hr) ? hr : graph->RenderFile(path.c_str(), nullptr);
 }
 

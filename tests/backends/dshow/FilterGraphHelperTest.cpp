@@ -6,7 +6,7 @@
 
 #include "CTestMedia.h"
 #include "backends/dshow/CFilterGraphHelper.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 namespace {
 
@@ -19,12 +19,12 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, Create(CLSID_FilterGraph, IID_IGraphBuilder, graph.Out()));
-        ASSERT_EQ(S_OK, Create(CLSID_AsyncReader, IID_IBaseFilter, source.Out()));
-        ASSERT_EQ(S_OK, Create(kCLSID_WAVEParser, IID_IBaseFilter, parser.Out()));
-        ASSERT_EQ(S_OK, Create(CLSID_DSoundRender, IID_IBaseFilter, renderer.Out()));
-        CComPtr<IFileSourceFilter> file;
-        ASSERT_EQ(S_OK, source.QueryInterface(IID_IFileSourceFilter, file));
+        ASSERT_EQ(S_OK, Create(CLSID_FilterGraph, IID_IGraphBuilder, &graph));
+        ASSERT_EQ(S_OK, Create(CLSID_AsyncReader, IID_IBaseFilter, &source));
+        ASSERT_EQ(S_OK, Create(kCLSID_WAVEParser, IID_IBaseFilter, &parser));
+        ASSERT_EQ(S_OK, Create(CLSID_DSoundRender, IID_IBaseFilter, &renderer));
+        ComPtr<IFileSourceFilter> file;
+        ASSERT_EQ(S_OK, QueryTo(source, IID_IFileSourceFilter, file));
         ASSERT_EQ(S_OK, file->Load(CTestMedia::Path("tone.wav").c_str(), nullptr));
     }
     void TearDown() override
@@ -41,15 +41,15 @@ protected:
         return CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, riid, ppv);
     }
 
-    CComPtr<IGraphBuilder> graph;
-    CComPtr<IBaseFilter> source;
-    CComPtr<IBaseFilter> parser;
-    CComPtr<IBaseFilter> renderer;
+    ComPtr<IGraphBuilder> graph;
+    ComPtr<IBaseFilter> source;
+    ComPtr<IBaseFilter> parser;
+    ComPtr<IBaseFilter> renderer;
 };
 
 TEST_F(FilterGraphHelper, FindsTheFirstPinOfADirectionOrAnswersFalseWithNoPin)
 {
-    CComPtr<IPin> pin;
+    ComPtr<IPin> pin;
     ASSERT_EQ(S_OK, CFilterGraphHelper::FindInputPin(renderer.Get(), &pin));
     PIN_DIRECTION direction;
     ASSERT_EQ(S_OK, pin->QueryDirection(&direction));
@@ -65,7 +65,7 @@ TEST_F(FilterGraphHelper, FindsTheFirstPinOfADirectionOrAnswersFalseWithNoPin)
 
 TEST_F(FilterGraphHelper, RefusesMissingGraphsFiltersAndPins)
 {
-    CComPtr<IPin> output;
+    ComPtr<IPin> output;
     ASSERT_EQ(S_OK, CFilterGraphHelper::FindOutputPin(source.Get(), &output));
     EXPECT_EQ(E_POINTER, CFilterGraphHelper::AddFilterToGraph(nullptr, source.Get()));
     EXPECT_EQ(E_POINTER, CFilterGraphHelper::AddFilterToGraph(graph.Get(), nullptr));
@@ -88,10 +88,10 @@ TEST_F(FilterGraphHelper, JoinsFiltersIntoAGraphThatPlaysToTheEnd)
     ASSERT_EQ(S_OK, CFilterGraphHelper::ConnectFilters(graph.Get(), source.Get(), parser.Get(), nullptr, &properties));
     ASSERT_EQ(S_OK, CFilterGraphHelper::ConnectFilters(graph.Get(), parser.Get(), renderer.Get(), nullptr, nullptr));
 
-    CComPtr<IMediaControl> control;
-    CComPtr<IMediaEvent> events;
-    ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaControl, control));
-    ASSERT_EQ(S_OK, graph.QueryInterface(IID_IMediaEvent, events));
+    ComPtr<IMediaControl> control;
+    ComPtr<IMediaEvent> events;
+    ASSERT_EQ(S_OK, QueryTo(graph, IID_IMediaControl, control));
+    ASSERT_EQ(S_OK, QueryTo(graph, IID_IMediaEvent, events));
     ASSERT_TRUE(SUCCEEDED(control->Run()));
     long lCode = 0;
     EXPECT_EQ(S_OK, events->WaitForCompletion(15000, &lCode));

@@ -18,29 +18,29 @@ namespace {
 
 using Log = std::vector<std::string>;
 
-CComPtr<IBaseFilter> FilterOfClass(IGraphBuilder* pGraph, REFCLSID clsid)
+ComPtr<IBaseFilter> FilterOfClass(IGraphBuilder* pGraph, REFCLSID clsid)
 {
-    CComPtr<IEnumFilters> filters;
+    ComPtr<IEnumFilters> filters;
     EXPECT_EQ(S_OK, pGraph->EnumFilters(&filters));
-    for (CComPtr<IBaseFilter> filter; filters->Next(1, &filter, nullptr) == S_OK;)
+    for (ComPtr<IBaseFilter> filter; filters->Next(1, &filter, nullptr) == S_OK;)
     {
         CLSID filterClsid;
         if (SUCCEEDED(filter->GetClassID(&filterClsid)) && IsEqualCLSID(clsid, filterClsid))
             return filter;
     }
-    return CComPtr<IBaseFilter>();
+    return ComPtr<IBaseFilter>();
 }
 
 bool IsInputConnected(IBaseFilter* pFilter)
 {
-    CComPtr<IPin> input;
-    CComPtr<IPin> peer;
+    ComPtr<IPin> input;
+    ComPtr<IPin> peer;
     return CFilterGraphHelper::FindInputPin(pFilter, &input) == S_OK && input->ConnectedTo(&peer) == S_OK;
 }
 
 bool HasFilterNamed(IGraphBuilder* pGraph, LPCWSTR pwszName)
 {
-    CComPtr<IBaseFilter> filter;
+    ComPtr<IBaseFilter> filter;
     return SUCCEEDED(pGraph->FindFilterByName(pwszName, &filter));
 }
 
@@ -50,7 +50,7 @@ TEST(DShowGraph, AWindowsMediaVideo9HeaderBringsTheVMR9WhichTakesTheVideo)
     CPlaybackHost host;
     TESSALY_FILEINFO info = {};
     ASSERT_EQ(S_OK, host.OpenWhole(CTestMedia::Path("wmv9.wmv"), &info));
-    const CComPtr<IBaseFilter> vmr = FilterOfClass(host.DShow().Graph(), CLSID_VideoMixingRenderer9);
+    const ComPtr<IBaseFilter> vmr = FilterOfClass(host.DShow().Graph(), CLSID_VideoMixingRenderer9);
     ASSERT_TRUE(vmr);
     EXPECT_TRUE(IsInputConnected(vmr.Get()));
     EXPECT_EQ(0u, info.dwAttributeMask & TESSALY_FILEINFO_AUDIO_ONLY);
@@ -111,17 +111,17 @@ TEST(DShowGraph, MP3GoesThroughTheWMAsfReaderOnlyWhenTheReaderKnowsTheLength)
     const std::wstring path = CTestMedia::Path("tone.mp3");
     bool bReaderKnowsLength = true;
     {
-        CComPtr<IBaseFilter> reader;
+        ComPtr<IBaseFilter> reader;
         ASSERT_EQ(S_OK, CoCreateInstance(CLSID_WMAsfReader, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                         reader.Out()));
-        CComPtr<IFileSourceFilter> source;
-        ASSERT_EQ(S_OK, reader.QueryInterface(IID_IFileSourceFilter, source));
+                                         &reader));
+        ComPtr<IFileSourceFilter> source;
+        ASSERT_EQ(S_OK, QueryTo(reader, IID_IFileSourceFilter, source));
         ASSERT_EQ(S_OK, source->Load(path.c_str(), nullptr));
-        CComPtr<IPin> pin;
-        CComPtr<IMediaSeeking> seeking;
+        ComPtr<IPin> pin;
+        ComPtr<IMediaSeeking> seeking;
         LONGLONG llDuration = 0;
         ASSERT_EQ(S_OK, CFilterGraphHelper::FindOutputPin(reader.Get(), &pin));
-        if (SUCCEEDED(pin->QueryInterface(IID_IMediaSeeking, seeking.Out())) &&
+        if (SUCCEEDED(pin->QueryInterface(IID_IMediaSeeking, &seeking)) &&
             seeking->GetDuration(&llDuration) == S_OK)
             bReaderKnowsLength = llDuration > 0;
     }

@@ -13,13 +13,13 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(S_OK, host.Open(CTestMedia::Path("tone.wav"), nullptr));
-        ASSERT_EQ(S_OK, host.DShow().Graph()->QueryInterface(IID_IMediaEventSink, sink.Out()));
+        ASSERT_EQ(S_OK, host.DShow().Graph()->QueryInterface(IID_IMediaEventSink, &sink));
         ASSERT_EQ(S_OK, host.Player().Play());
         ASSERT_TRUE(host.PumpUntil([&] { return host.Progress().size() >= 2; }, 5000));
     }
 
     CPlaybackHost host;
-    CComPtr<IMediaEventSink> sink;
+    ComPtr<IMediaEventSink> sink;
 };
 
 TEST_F(DShowGraphEvents, AnAbortStopsTheGraphAndReachesTheHostWithItsCode)

@@ -5,7 +5,7 @@
 
 #include "CTestMedia.h"
 #include "backends/wmp/CAtlAxLibrary.h"
-#include "engine/CComPtr.h"
+#include "engine/ComPtr.h"
 
 #include <wmp.h>
 
@@ -69,12 +69,12 @@ HWND CControlStage::FindContainer(HWND hWnd)
 
 std::wstring CControlStage::ControlMediaType(HWND hWnd)
 {
-    CComPtr<IUnknown> pControl;
-    CComPtr<IWMPPlayer> pPlayer;
-    CComPtr<IWMPMedia> pMedia;
+    ComPtr<IUnknown> pControl;
+    ComPtr<IWMPPlayer> pPlayer;
+    ComPtr<IWMPMedia> pMedia;
     HWND hContainer = FindContainer(hWnd);
     if (!hContainer || FAILED(CAtlAxLibrary::GetControl(hContainer, &pControl)) ||
-        FAILED(pControl.QueryInterface(__uuidof(IWMPPlayer), pPlayer)) || FAILED(pPlayer->get_currentMedia(&pMedia)) ||
+        FAILED(QueryTo(pControl, __uuidof(IWMPPlayer), pPlayer)) || FAILED(pPlayer->get_currentMedia(&pMedia)) ||
         !pMedia)
         return L"";
     BSTR bstrName = SysAllocString(L"MediaType");

@@ -5,7 +5,7 @@
 #include <wmpids.h>
 
 #include "backends/wmp/CWMPEventSink.h"
-#include "dispatch/EngineMessages.h"
+#include "base/EngineMessages.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // Completion, error and track messages that back-ends post to the dispatcher's window.
 #include "MediaPlayerTest.h"
 
-#include "dispatch/EngineMessages.h"
+#include "base/EngineMessages.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "CCallLog.h"
-#include "dispatch/CPlayerBase.h"
+#include "base/CPlayerBase.h"
 
 // What GetFileInfo answers; the outputs are written only when bWrites is set and hr succeeds.
 struct FileInfoScript

@@ -1,6 +1,6 @@
-#include "dispatch/CChannelLayout.h"
+#include "inspect/CChannelLayout.h"
 
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 
 uint16_t CChannelLayout::ToMTPChannelType(uint16_t nChannels, bool bPointOne)
 {

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "dispatch/CPlayerBase.h"
-#include "dispatch/CUtility.h"
+#include "base/CPlayerBase.h"
+#include "base/CUtility.h"
 #include "engine/TessalyContract.h"
 
 namespace {

@@ -25,7 +25,4 @@ public:
     // shrunk when larger, stretched when smaller and bStretch, otherwise centred at its own size.
     static SizeFitRect Place(uint32_t parentWidth, uint32_t parentHeight, uint32_t width,
                              uint32_t height, bool bStretch);
-
-private:
-    static uint32_t Truncate(double value);
 };

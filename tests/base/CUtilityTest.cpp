@@ -9,7 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "dispatch/CUtility.h"
+#include "base/CUtility.h"
 
 namespace {
 

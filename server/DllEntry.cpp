@@ -6,7 +6,7 @@
 #include "engine/CDllModule.h"
 #include "engine/CModuleLock.h"
 #include "engine/TessalyContract.h"
-#include "engine/Trace.h"
+#include "trace/Trace.h"
 #include "objects/CPlay.h"
 #include "objects/CQueryFileInfo.h"
 

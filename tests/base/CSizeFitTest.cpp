@@ -5,7 +5,7 @@
 #include <cmath>
 #include <vector>
 
-#include "dispatch/CSizeFit.h"
+#include "base/CSizeFit.h"
 
 namespace {
 

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include "engine/TessalyContract.h"
+
 class CPlayerBase
 {
 public:
@@ -49,7 +51,7 @@ public:
 protected:
     bool m_bInitialized = false;
     HWND m_hEventHandlerWnd = nullptr;
-    DWORD m_dwPlaybackFlags = 1;
+    DWORD m_dwPlaybackFlags = TESSALY_PLAYBACK_FLAG_STRETCH;
     HWND m_hWndParent = nullptr;
     const LPCWSTR* m_ppwszFileExt = nullptr;
     DWORD m_dwFileExtCount = 0;

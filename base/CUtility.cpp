@@ -1,10 +1,10 @@
-#include "dispatch/CUtility.h"
+#include "base/CUtility.h"
 
 #include <objbase.h>
 
-#include "dispatch/CChannelLayout.h"
-#include "dispatch/CSizeFit.h"
-#include "engine/Trace.h"
+#include "base/CSizeFit.h"
+#include "trace/Trace.h"
+#include "inspect/CChannelLayout.h"
 #include "qtml/QTML.h"
 
 int CUtility::CopyString(LPWSTR dst, LPCWSTR src, int cch)
@@ -37,6 +37,15 @@ int CUtility::WideToAnsi(LPSTR dst, LPCWSTR src, int cb)
     return lstrlenA(dst);
 }
 
+namespace {
+
+// Every kind of queued message and input but raw input (0xFF).
+const DWORD kPumpWakeMask = QS_KEY | QS_MOUSEMOVE | QS_MOUSEBUTTON | QS_POSTMESSAGE | QS_TIMER | QS_PAINT |
+                            QS_SENDMESSAGE | QS_HOTKEY;
+static_assert(kPumpWakeMask == 0xFF, "the wake mask of the message-pumping wait");
+
+} // namespace
+
 DWORD CUtility::WaitWithMessagePump(DWORD nCount, const HANDLE* handles, BOOL bWaitAll,
                                     DWORD dwMilliseconds)
 {
@@ -46,10 +55,10 @@ DWORD CUtility::WaitWithMessagePump(DWORD nCount, const HANDLE* handles, BOOL bW
         while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
         {
             if (msg.message == WM_QUIT)
-                return 0xFFFFFFFF;
+                return WAIT_FAILED; // 0xFFFFFFFF
             DispatchMessageW(&msg);
         }
-        DWORD dwResult = MsgWaitForMultipleObjects(nCount, handles, bWaitAll, dwMilliseconds, 0xFF);
+        DWORD dwResult = MsgWaitForMultipleObjects(nCount, handles, bWaitAll, dwMilliseconds, kPumpWakeMask);
         if (dwResult != WAIT_OBJECT_0 + nCount)
             return dwResult;
     }
@@ -152,10 +161,17 @@ void CUtility::DestroyInternalWindow(HWND* phWnd)
 
 void CUtility::FitSrcToDestDimension(DWORD destWidth, DWORD destHeight, DWORD* width, DWORD* height)
 {
+    if (*width <= destWidth && *height <= destHeight)
+    {
+        TESSALY_TRACE("S:CUtility::FitSrcToDestDimension> Src dimension is smaller than the destination dimension, do nothing...");
+        return;
+    }
     uint32_t w = *width, h = *height;
     CSizeFit::Shrink(destWidth, destHeight, &w, &h);
     *width = w;
     *height = h;
+    TESSALY_TRACE("S:CUtility::FitSrcToDestDimension> ImageWidth = %d, ImageHeight = %d", static_cast<int>(w),
+                  static_cast<int>(h));
 }
 
 void CUtility::StretchSrcToDestDimension(DWORD destWidth, DWORD destHeight, DWORD* width,
@@ -165,6 +181,8 @@ void CUtility::StretchSrcToDestDimension(DWORD destWidth, DWORD destHeight, DWOR
     CSizeFit::Stretch(destWidth, destHeight, &w, &h);
     *width = w;
     *height = h;
+    TESSALY_TRACE("S:CUtility::StretchSrcToDestDimension> ImageWidth = %d, ImageHeight = %d", static_cast<int>(w),
+                  static_cast<int>(h));
 }
 
 void CUtility::FreeStringArray(DWORD count, LPWSTR* array)

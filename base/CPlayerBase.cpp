@@ -1,8 +1,9 @@
-#include "dispatch/CPlayerBase.h"
+#include "base/CPlayerBase.h"
 
-#include "dispatch/CSizeFit.h"
-#include "dispatch/CUtility.h"
+#include "base/CSizeFit.h"
+#include "base/CUtility.h"
 #include "engine/TessalyContract.h"
+#include "trace/Trace.h"
 
 HRESULT CPlayerBase::Init() { return E_FAIL; }
 void CPlayerBase::Destroy() {}
@@ -68,6 +69,21 @@ void CPlayerBase::FitVideoRect(DWORD dwParentWidth, DWORD dwParentHeight, RECT* 
     const DWORD dwHeight = static_cast<DWORD>(prc->bottom - prc->top);
     const bool bStretch = (m_dwPlaybackFlags & TESSALY_PLAYBACK_FLAG_STRETCH) != 0;
     const SizeFitRect rc = CSizeFit::Place(dwParentWidth, dwParentHeight, dwWidth, dwHeight, bStretch);
+    const int nWidth = rc.right - rc.left;
+    const int nHeight = rc.bottom - rc.top;
+    if (dwWidth <= dwParentWidth && dwHeight <= dwParentHeight)
+    {
+        if (bStretch)
+            TESSALY_TRACE("S:CPlayerBase::FitVideoRect> Source video is smaller than parent window dimension, but caller request to stretch it(maintaining aspect ratio) to the parent window...");
+        else
+            TESSALY_TRACE("S:CPlayerBase::FitVideoRect> Source video is smaller than parent window dimension, we just center it in the parent window...");
+        TESSALY_TRACE("S:CPlayerBase::FitVideoRect> Stretch Window Size : lWidth = %d, lHeight = %d", nWidth, nHeight);
+    }
+    else
+    {
+        TESSALY_TRACE("S:CPlayerBase::FitVideoRect> Source video is larger than parent window dimension, we reduce it(maintaining aspect ratio) and center it in the parent window...");
+        TESSALY_TRACE("S:CPlayerBase::FitVideoRect> Fit Window Size : lWidth = %d, lHeight = %d", nWidth, nHeight);
+    }
     SetRect(prc, rc.left, rc.top, rc.right, rc.bottom);
 }
 
