@@ -10,7 +10,6 @@
 using Gdiplus::Bitmap;
 using Gdiplus::Color;
 using Gdiplus::Graphics;
-using Gdiplus::Rect;
 
 namespace {
 
@@ -106,7 +105,7 @@ HRESULT CGdiplusPictViewer::SetParentWindow(HWND hWndParent)
     m_hWndParent = hWndParent;
 
     const RECT rc = CUtility::GetWindowClientRect(hWndParent);
-    const Rect rcParent(rc.left, rc.top, rc.right - rc.left, rc.bottom - rc.top);
+    const Gdiplus::Rect rcParent(rc.left, rc.top, rc.right - rc.left, rc.bottom - rc.top);
     if (!rcParent.Equals(m_rcVideo))
     {
         m_rcVideo = rcParent;
@@ -207,7 +206,7 @@ HRESULT CGdiplusPictViewer::OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD 
         return E_OUTOFMEMORY;
     }
     m_curPicture.pImage.reset(pImage);
-    m_curPicture.rcDest = Rect(0, 0, static_cast<INT>(pImage->GetWidth()), static_cast<INT>(pImage->GetHeight()));
+    m_curPicture.rcDest = Gdiplus::Rect(0, 0, static_cast<INT>(pImage->GetWidth()), static_cast<INT>(pImage->GetHeight()));
     if (status != Gdiplus::Ok)
     {
         m_curPicture.Empty();
@@ -290,7 +289,7 @@ void CGdiplusPictViewer::FitPicture()
     RECT rc = {0, 0, static_cast<LONG>(m_curPicture.pImage->GetWidth()),
                static_cast<LONG>(m_curPicture.pImage->GetHeight())};
     FitVideoRect(static_cast<DWORD>(m_rcVideo.Width), static_cast<DWORD>(m_rcVideo.Height), &rc);
-    m_curPicture.rcDest = Rect(rc.left, rc.top, rc.right - rc.left, rc.bottom - rc.top);
+    m_curPicture.rcDest = Gdiplus::Rect(rc.left, rc.top, rc.right - rc.left, rc.bottom - rc.top);
 }
 
 void CGdiplusPictViewer::OnPaint(HDC hdc)

@@ -1,12 +1,54 @@
-// Plays QuickTime movies and shows QuickTime pictures.
+// Plays QuickTime movies and shows QuickTime pictures: a background child window covers the host
+// window, and the movie is drawn in a video child window fitted inside it, whose messages drive
+// the movie controller.
 #pragma once
 
+#include <windows.h>
+
+#include <memory>
+
+#include "backends/quicktime/CQuickTime.h"
 #include "base/CPlayerBase.h"
 
 class CQTPlayer : public CPlayerBase
 {
 public:
     CQTPlayer();
+    ~CQTPlayer() override;
 
+    HRESULT Init() override;
+    void Destroy() override;
+    HRESULT SetParentWindow(HWND hWndParent) override;
+    HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override;
     HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
+    HRESULT CloseFile() override;
+    HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
+                        DWORD* pdwHeight, BOOL* pbPicture) override;
+    HRESULT Play() override;
+    HRESULT Pause() override;
+    HRESULT Resume() override;
+    HRESULT Stop() override;
+    HRESULT SetCurTime(double dSeconds) override;
+    HRESULT SetPlaybackFlags(DWORD dwPlaybackFlags) override;
+    HRESULT GetCurTime(double* pdSeconds) override;
+    void SetEventHandlerWindow(HWND hWnd) override;
+
+    // Opens pwszFile in qt through its ANSI short path.
+    static HRESULT OpenMovieByShortPath(CQuickTime& qt, LPCWSTR pwszFile, DWORD dwOpenFlags);
+
+protected:
+    // S_OK when QuickTime is started and recent enough and, where asked for, the movie object exists.
+    HRESULT CheckQuickTime(bool bNeedsMovieObject) const;
+    HRESULT InitVideoWindow();
+
+    std::unique_ptr<CQuickTime> m_pQT;
+    HWND m_hBackgroundWnd = nullptr;
+    HWND m_hVideoWnd = nullptr;
+    RECT m_rcParent = {0, 0, 0, 0};
+    // Module QuickTime references this object took, so that Destroy gives back exactly those.
+    LONG m_nQTRefs = 0;
+
+private:
+    static LRESULT CALLBACK StaticWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam);
+    LRESULT WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam);
 };

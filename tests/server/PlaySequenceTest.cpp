@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
@@ -370,6 +372,84 @@ TEST_F(PlaySequence, TwoHundredOpenPlayCloseCyclesLeaveNoGrowth)
     EXPECT_LT(growth.lHandles, 50);
     EXPECT_LT(growth.lGdiObjects, 50);
     EXPECT_LT(growth.lPrivateKb, 16 * 1024);
+}
+
+// Files of the QuickTime back-ends, played by a host through Play: the record the open fills, the
+// same record from QueryFileInfo, progress that moves with the clock, one completion. An animated
+// GIF loops: it counts ticks and never completes.
+class QuickTimeSequence : public PlaySequence, public ::testing::WithParamInterface<const char*>
+{
+protected:
+    static std::wstring QtPath(const char* pszName) { return CTestMedia::PathIn(TESSALY_QT_MEDIA_DIR, pszName); }
+};
+
+TEST_P(QuickTimeSequence, OpensWithTheFilesRecordPlaysInRealTimeAndCompletesOnce)
+{
+    CTestMedia::Truth truth;
+    ASSERT_TRUE(CTestMedia::ReadIn(TESSALY_QT_MEDIA_DIR, GetParam(), &truth));
+    std::wstring path = QtPath(GetParam());
+    TESSALY_FILEINFO info = {};
+    ASSERT_EQ(S_OK, m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, &info));
+    const DWORD dwKind = truth.dwWidth ? 0u : static_cast<DWORD>(TESSALY_FILEINFO_AUDIO_ONLY);
+    EXPECT_EQ(TESSALY_FILEINFO_SEEKABLE | dwKind, info.dwAttributeMask);
+    EXPECT_NEAR(truth.dDuration, info.dDuration, 0.1) << "a bare AAC stream's length is an estimate";
+    EXPECT_EQ(truth.dwWidth, info.dwWidth);
+    EXPECT_EQ(truth.dwHeight, info.dwHeight);
+
+    ComPtr<IQueryFileInfo> query;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo, &query));
+    TESSALY_FILEINFO queried = {};
+    ASSERT_EQ(S_OK, query->GetFileInfo(&path[0], &queried));
+    EXPECT_EQ(0, memcmp(&info, &queried, sizeof(info))) << "a query answers what an open answers";
+
+    const ULONGLONG start = GetTickCount64();
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    ASSERT_TRUE(PumpUntil([&] { return Completed(); }, 15000));
+    EXPECT_GT((GetTickCount64() - start) / 1000.0, info.dDuration - 0.2) << "ended before its time";
+    PumpUntil([] { return false; }, 300);
+    EXPECT_EQ(1, Count("complete"));
+    EXPECT_EQ(0, Count("error"));
+    // The report made with the completion finds the movie rewound; the ones before never go back.
+    std::vector<double> progress;
+    for (const auto& e : m_log)
+    {
+        if (e.event == "progress")
+            progress.push_back(e.dProgress);
+    }
+    ASSERT_GE(progress.size(), 8u);
+    EXPECT_EQ(0.0, progress.back());
+    EXPECT_GT(progress[progress.size() - 2], info.dDuration / 2);
+    for (size_t i = 1; i + 1 < progress.size(); ++i)
+        EXPECT_GE(progress[i], progress[i - 1]) << "report " << i;
+}
+
+INSTANTIATE_TEST_SUITE_P(MoviesAndSounds, QuickTimeSequence,
+                         ::testing::Values("clip.mov", "clip.mp4", "clip.m4v", "clip.3gp", "tone.m4a", "tone.aac"),
+                         [](const ::testing::TestParamInfo<const char*>& param) {
+                             std::string name = param.param;
+                             std::replace(name.begin(), name.end(), '.', '_');
+                             return name;
+                         });
+
+TEST_F(PlaySequence, AnAnimatedGifThroughPlayLoopsAndAStillGifLastsNoTime)
+{
+    std::wstring path = CTestMedia::PathIn(TESSALY_QT_MEDIA_DIR, "anim.gif");
+    TESSALY_FILEINFO info = {};
+    ASSERT_EQ(S_OK, m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, &info));
+    EXPECT_EQ(static_cast<DWORD>(TESSALY_FILEINFO_PICTURE), info.dwAttributeMask);
+    EXPECT_EQ(1.0, info.dDuration);
+    EXPECT_EQ(80u, info.dwWidth);
+    EXPECT_EQ(60u, info.dwHeight);
+    ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
+    EXPECT_FALSE(PumpUntil([&] { return Completed(); }, 2500)) << "a looping GIF has no end";
+    EXPECT_GE(Count("progress"), 10);
+    EXPECT_EQ(0, Count("error"));
+
+    path = CTestMedia::PathIn(TESSALY_QT_MEDIA_DIR, "still.gif");
+    ASSERT_EQ(S_OK, m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, &info));
+    EXPECT_EQ(static_cast<DWORD>(TESSALY_FILEINFO_PICTURE), info.dwAttributeMask);
+    EXPECT_EQ(0.0, info.dDuration);
+    EXPECT_EQ(80u, info.dwWidth);
 }
 
 } // namespace

@@ -5,7 +5,17 @@
 
 std::wstring CTestMedia::Path(const char* pszName)
 {
-    const std::string path = std::string(TESSALY_DSHOW_MEDIA_DIR) + "/" + pszName;
+    return PathIn(TESSALY_DSHOW_MEDIA_DIR, pszName);
+}
+
+bool CTestMedia::Read(const char* pszName, Truth* pTruth)
+{
+    return ReadIn(TESSALY_DSHOW_MEDIA_DIR, pszName, pTruth);
+}
+
+std::wstring CTestMedia::PathIn(const std::string& folder, const char* pszName)
+{
+    const std::string path = folder + "/" + pszName;
     std::wstring wide(path.begin(), path.end());
     std::replace(wide.begin(), wide.end(), L'/', L'\\');
     return wide;
@@ -19,9 +29,9 @@ std::string CTestMedia::Narrow(LPCWSTR pwsz)
     return text;
 }
 
-bool CTestMedia::Read(const char* pszName, Truth* pTruth)
+bool CTestMedia::ReadIn(const std::string& folder, const char* pszName, Truth* pTruth)
 {
-    std::ifstream table(std::string(TESSALY_DSHOW_MEDIA_DIR) + "/truth.txt");
+    std::ifstream table(folder + "/truth.txt");
     std::string name;
     Truth truth;
     while (table >> name >> truth.dDuration >> truth.dwWidth >> truth.dwHeight)

@@ -21,4 +21,7 @@ public:
     static std::string Narrow(LPCWSTR pwsz);
     // False when the file is not in the table.
     static bool Read(const char* pszName, Truth* pTruth);
+    // The same for another folder of media with its own truth.txt (the QuickTime layer's).
+    static std::wstring PathIn(const std::string& folder, const char* pszName);
+    static bool ReadIn(const std::string& folder, const char* pszName, Truth* pTruth);
 };

@@ -6,6 +6,7 @@
 set -euo pipefail
 out=$1
 mkdir -p "$out"
+here=$(cd "$(dirname "$0")" && pwd)
 cd "$out"
 ff() { ffmpeg -hide_banner -loglevel error -nostdin -y "$@"; }
 
@@ -32,14 +33,7 @@ ff -f lavfi -i "$picture" -c:v mpeg1video -b:v 400k -minrate 400k -maxrate 400k 
 # A red field: the tests look for its pixels where the player places the video.
 ff -f lavfi -i "color=c=0xff0000:size=160x120:rate=25:duration=10" -c:v mpeg4 -q:v 2 -pix_fmt yuv420p red.avi
 
-for f in tone.wav tone.mp3 tone.wma tone.ogg tone.flac tone.mpa clip.wmv clip.asf clip.avi clip.divx clip.mpg; do
-  ffprobe -v error -show_entries stream=duration,width,height -of default=noprint_wrappers=1 "$f" |
-    awk -F= -v name="$f" '
-      $1 == "width" { w = $2 }
-      $1 == "height" { h = $2 }
-      $1 == "duration" && $2 + 0 > d { d = $2 + 0 }
-      END { printf "%s %.6f %d %d\n", name, d, w, h }'
-done >truth.txt
+bash "$here/../../support/media-truth.sh" tone.wav tone.mp3 tone.wma tone.ogg tone.flac tone.mpa clip.wmv clip.asf clip.avi clip.divx clip.mpg >truth.txt
 
 # ffmpeg cannot write Windows Media Video 9, so its header claim is written over a WMV2 clip:
 # the FourCC of the BITMAPINFOHEADER and the four bytes of codec data after it, which become a
