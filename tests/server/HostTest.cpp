@@ -7,12 +7,12 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 
 #include "CTestMedia.h"
 #include "ServerPaths.h"
 #include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
+#include "tests/support/CrossApartment.h"
 
 namespace {
 
@@ -327,43 +327,21 @@ TEST_F(QueryFileInfo, AnotherApartmentGetsTheSameAnswersThroughTheProxy)
 {
     ComPtr<IQueryFileInfo> query;
     ASSERT_EQ(S_OK, Create(CLSID_QueryFileInfo, IID_IQueryFileInfo, query));
-    IStream* pStream = nullptr;
-    ASSERT_EQ(S_OK, CoMarshalInterThreadInterfaceInStream(IID_IQueryFileInfo, query.Get(), &pStream));
-
-    HRESULT hrUnmarshal = E_FAIL, hrUnknown = E_FAIL, hrOther = E_FAIL, hrReal = E_FAIL;
+    HRESULT hrUnknown = E_FAIL, hrOther = E_FAIL, hrReal = E_FAIL;
     TESSALY_FILEINFO viaProxy = {};
     bool bProxy = false;
-    HANDLE hDone = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    std::thread caller([&] {
-        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        {
-            ComPtr<IQueryFileInfo> remote;
-            hrUnmarshal = CoGetInterfaceAndReleaseStream(pStream, IID_IQueryFileInfo, &remote);
-            if (SUCCEEDED(hrUnmarshal))
-            {
-                bProxy = remote.Get() != query.Get();
-                WCHAR path[] = L"C:\\Media\\notes.txt";
-                TESSALY_FILEINFO info = {};
-                hrUnknown = remote->GetFileInfo(path, &info);
-                TESSALY_FILEINFO other = {};
-                WCHAR clip[] = L"C:\\Media\\clip.zzz";
-                hrOther = remote->GetFileInfo(clip, &other);
-                std::wstring real = CTestMedia::Path("clip.wmv");
-                hrReal = remote->GetFileInfo(&real[0], &viaProxy);
-            }
-        }
-        CoUninitialize();
-        SetEvent(hDone);
-    });
-    // The object's apartment serves the calls from its message loop.
-    while (MsgWaitForMultipleObjects(1, &hDone, FALSE, 30000, QS_ALLINPUT) == WAIT_OBJECT_0 + 1)
-    {
-        MSG msg;
-        while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
-            DispatchMessageW(&msg);
-    }
-    caller.join();
-    CloseHandle(hDone);
+    const HRESULT hrUnmarshal =
+        CallFromAnotherApartment<IQueryFileInfo>(query.Get(), IID_IQueryFileInfo, [&](IQueryFileInfo* remote) {
+            bProxy = remote != query.Get();
+            WCHAR path[] = L"C:\\Media\\notes.txt";
+            TESSALY_FILEINFO info = {};
+            hrUnknown = remote->GetFileInfo(path, &info);
+            TESSALY_FILEINFO other = {};
+            WCHAR clip[] = L"C:\\Media\\clip.zzz";
+            hrOther = remote->GetFileInfo(clip, &other);
+            std::wstring real = CTestMedia::Path("clip.wmv");
+            hrReal = remote->GetFileInfo(&real[0], &viaProxy);
+        });
     ASSERT_EQ(S_OK, hrUnmarshal);
     EXPECT_TRUE(bProxy);
     EXPECT_EQ(TESSALY_E_NOTSUPPORTED, hrUnknown);

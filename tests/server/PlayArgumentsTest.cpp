@@ -9,8 +9,10 @@
 #include <vector>
 
 #include "engine/ComPtr.h"
-#include "engine/TessalyContract.h"
+#include "CTestMedia.h"
 #include "InfoWindows.h"
+#include "engine/TessalyContract.h"
+#include "tests/support/CrossApartment.h"
 
 namespace {
 
@@ -277,6 +279,41 @@ TEST_F(PlayArguments, OpenChecksTheRecordOnlyAfterTheEngineStarted)
     EXPECT_EQ(TESSALY_E_NOTSUPPORTED, m_play->OpenFile(unknown, 0, 1, &info));
     EXPECT_EQ(7u, info.dwAttributeMask);
     EXPECT_EQ(S_OK, m_play->CloseFile()) << "closing with nothing open";
+}
+
+// A host in another apartment may pass the nulls the contract allows: the proxy carries them to the
+// object, which answers as it does in process (the generated proxy refuses a null reference
+// pointer itself, with RPC_X_NULL_REF_POINTER, before the object sees it).
+TEST_F(PlayArguments, NullsTheContractAllowsReachTheObjectFromAnotherApartment)
+{
+    MakeInfoWindow();
+    HRESULT hrOpen = E_FAIL, hrState = E_FAIL, hrNoState = E_FAIL, hrMediaInfo = E_FAIL, hrFont = E_FAIL,
+            hrFontGiven = E_FAIL;
+    TESSALY_PLAYBACK_STATE state = Playback_State_Busy;
+    ASSERT_EQ(S_OK, CallFromAnotherApartment<IPlay2>(m_play.Get(), IID_IPlay2, [&](IPlay2* remote) {
+        std::wstring path = CTestMedia::Path("tone.wav");
+        hrOpen = remote->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, nullptr);
+        hrState = remote->GetState(&state, nullptr);
+        hrNoState = remote->GetState(nullptr, nullptr);
+        hrMediaInfo = remote->SetMediaInfo(nullptr);
+    }));
+    EXPECT_EQ(S_OK, hrOpen);
+    EXPECT_EQ(S_OK, hrState);
+    EXPECT_EQ(Playback_State_Stop, state);
+    EXPECT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), hrNoState) << "an [out] pointer stays a reference pointer";
+    EXPECT_EQ(E_INVALIDARG, hrMediaInfo) << "the object's own refusal, not the proxy's";
+
+    ComPtr<ITextDisplay> text;
+    ASSERT_EQ(S_OK, QueryTo(m_play, IID_ITextDisplay, text));
+    ASSERT_EQ(S_OK, CallFromAnotherApartment<ITextDisplay>(text.Get(), IID_ITextDisplay, [&](ITextDisplay* remote) {
+        LOGFONTW font = {};
+        font.lfHeight = -20;
+        lstrcpyW(font.lfFaceName, L"Tahoma");
+        hrFontGiven = remote->SetFont(&font, TRUE);
+        hrFont = remote->SetFont(nullptr, FALSE);
+    }));
+    EXPECT_EQ(S_OK, hrFontGiven);
+    EXPECT_EQ(S_OK, hrFont) << "back to the default fonts";
 }
 
 } // namespace
