@@ -25,15 +25,17 @@ constexpr UINT kProgressPeriodMs = 100;
 
 CMediaPlayer::BackEnds CMediaPlayer::CreateBackEnds()
 {
+    // Each back-end is owned before the list grows, so an allocation that fails leaks none.
     BackEnds backEnds;
-    backEnds.players.emplace_back(new CDShowPlayer);
-    backEnds.players.emplace_back(new CGdiplusPictViewer);
-    backEnds.players.emplace_back(new CWMPPlayer);
+    backEnds.players.reserve(5);
+    backEnds.players.push_back(std::make_unique<CDShowPlayer>());
+    backEnds.players.push_back(std::make_unique<CGdiplusPictViewer>());
+    backEnds.players.push_back(std::make_unique<CWMPPlayer>());
     backEnds.pWMPPlayer = backEnds.players.back().get();
-    backEnds.players.emplace_back(new CQTPlayer);
-    backEnds.players.emplace_back(new CQTAudioPlayer);
-    backEnds.pCDDAGraph.reset(new CDDAGraph);
-    backEnds.pWindowsMediaRoute.reset(new CWindowsMediaRoute);
+    backEnds.players.push_back(std::make_unique<CQTPlayer>());
+    backEnds.players.push_back(std::make_unique<CQTAudioPlayer>());
+    backEnds.pCDDAGraph = std::make_unique<CDDAGraph>();
+    backEnds.pWindowsMediaRoute = std::make_unique<CWindowsMediaRoute>();
     return backEnds;
 }
 

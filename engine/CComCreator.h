@@ -9,6 +9,7 @@
 
 #include "engine/CComAggObject.h"
 #include "engine/CComObject.h"
+#include "engine/ComBoundary.h"
 
 template <class T>
 class CComCreator
@@ -16,8 +17,14 @@ class CComCreator
 public:
     static HRESULT CreateInstance(IUnknown* pOuter, REFIID riid, void** ppv)
     {
-        return pOuter ? Create(new (std::nothrow) CComAggObject<T>(pOuter), riid, ppv)
-                      : Create(new (std::nothrow) CComObject<T>(), riid, ppv);
+        if (!ppv)
+            return E_POINTER;
+        *ppv = nullptr;
+        // An object's constructor may allocate what it owns (the dispatcher and its back-ends).
+        return ComBoundary([&]() -> HRESULT {
+            return pOuter ? Create(new (std::nothrow) CComAggObject<T>(pOuter), riid, ppv)
+                          : Create(new (std::nothrow) CComObject<T>(), riid, ppv);
+        });
     }
 
 private:

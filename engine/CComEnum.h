@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "engine/CModuleLock.h"
+#include "engine/ComBoundary.h"
 
 template <class IEnum, const IID* piid, class T, class Policy>
 class CComEnum final : public IEnum
@@ -16,10 +17,7 @@ public:
     // Takes its own references on the items.
     static HRESULT Create(const std::vector<T>& items, IEnum** ppEnum)
     {
-        if (!ppEnum)
-            return E_POINTER;
-        *ppEnum = new (std::nothrow) CComEnum(items, 0);
-        return *ppEnum ? S_OK : E_OUTOFMEMORY;
+        return Make(items, 0, ppEnum);
     }
 
     STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override
@@ -71,13 +69,22 @@ public:
     }
     STDMETHODIMP Clone(IEnum** ppEnum) override
     {
-        if (!ppEnum)
-            return E_POINTER;
-        *ppEnum = new (std::nothrow) CComEnum(m_items, m_nPos);
-        return *ppEnum ? S_OK : E_OUTOFMEMORY;
+        return Make(m_items, m_nPos, ppEnum);
     }
 
 private:
+    // The snapshot is a copy: the copy, not only the object, may find no memory.
+    static HRESULT Make(const std::vector<T>& items, size_t nPos, IEnum** ppEnum)
+    {
+        if (!ppEnum)
+            return E_POINTER;
+        *ppEnum = nullptr;
+        return ComBoundary([&]() -> HRESULT {
+            *ppEnum = new (std::nothrow) CComEnum(items, nPos);
+            return *ppEnum ? S_OK : E_OUTOFMEMORY;
+        });
+    }
+
     CComEnum(const std::vector<T>& items, size_t nPos) : m_items(items), m_nPos(nPos)
     {
         for (T& item : m_items)

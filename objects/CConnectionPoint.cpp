@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "engine/ComBoundary.h"
 #include "engine/CComEnum.h"
 
 namespace {
@@ -66,25 +67,27 @@ STDMETHODIMP CConnectionPoint::GetConnectionPointContainer(IConnectionPointConta
 
 STDMETHODIMP CConnectionPoint::Advise(IUnknown* pUnkSink, DWORD* pdwCookie)
 {
-    if (!pUnkSink || !pdwCookie)
-        return E_POINTER;
-    *pdwCookie = 0;
-    IUnknown* pSink = nullptr;
-    HRESULT hr = pUnkSink->QueryInterface(m_iid, reinterpret_cast<void**>(&pSink));
-    if (hr == E_NOINTERFACE)
-        return CONNECT_E_CANNOTCONNECT;
-    if (FAILED(hr))
-        return hr;
-    if (!pSink)
-        return CONNECT_E_CANNOTCONNECT;
-    if (!m_sinks.Add(pSink))
-    {
-        pSink->Release();
-        return CONNECT_E_ADVISELIMIT;
-    }
-    // The cookie is the sink's own interface pointer: unique while it is connected.
-    *pdwCookie = static_cast<DWORD>(reinterpret_cast<UINT_PTR>(pSink));
-    return S_OK;
+    return ComBoundary([&]() -> HRESULT {
+        if (!pUnkSink || !pdwCookie)
+            return E_POINTER;
+        *pdwCookie = 0;
+        IUnknown* pSink = nullptr;
+        HRESULT hr = pUnkSink->QueryInterface(m_iid, reinterpret_cast<void**>(&pSink));
+        if (hr == E_NOINTERFACE)
+            return CONNECT_E_CANNOTCONNECT;
+        if (FAILED(hr))
+            return hr;
+        if (!pSink)
+            return CONNECT_E_CANNOTCONNECT;
+        if (!m_sinks.Add(pSink))
+        {
+            pSink->Release();
+            return CONNECT_E_ADVISELIMIT;
+        }
+        // The cookie is the sink's own interface pointer: unique while it is connected.
+        *pdwCookie = static_cast<DWORD>(reinterpret_cast<UINT_PTR>(pSink));
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CConnectionPoint::Unadvise(DWORD dwCookie)
@@ -95,14 +98,16 @@ STDMETHODIMP CConnectionPoint::Unadvise(DWORD dwCookie)
 
 STDMETHODIMP CConnectionPoint::EnumConnections(IEnumConnections** ppEnum)
 {
-    if (!ppEnum)
-        return E_POINTER;
-    *ppEnum = nullptr;
-    std::vector<CONNECTDATA> connections;
-    for (int i = 0; i < m_sinks.Size(); ++i)
-    {
-        if (IUnknown* pSink = m_sinks.At(i))
-            connections.push_back({pSink, static_cast<DWORD>(reinterpret_cast<UINT_PTR>(pSink))});
-    }
-    return CEnumConnections::Create(connections, ppEnum);
+    return ComBoundary([&]() -> HRESULT {
+        if (!ppEnum)
+            return E_POINTER;
+        *ppEnum = nullptr;
+        std::vector<CONNECTDATA> connections;
+        for (int i = 0; i < m_sinks.Size(); ++i)
+        {
+            if (IUnknown* pSink = m_sinks.At(i))
+                connections.push_back({pSink, static_cast<DWORD>(reinterpret_cast<UINT_PTR>(pSink))});
+        }
+        return CEnumConnections::Create(connections, ppEnum);
+    });
 }

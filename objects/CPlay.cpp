@@ -8,6 +8,7 @@
 #include "dispatch/CMediaPlayer.h"
 #include "base/CUtility.h"
 #include "display/CInfoWnd.h"
+#include "engine/ComBoundary.h"
 #include "engine/CComEnum.h"
 #include "trace/Trace.h"
 
@@ -93,10 +94,12 @@ void CPlay::ResetMediaInfo()
 
 STDMETHODIMP CPlay::EnumConnectionPoints(IEnumConnectionPoints** ppEnum)
 {
-    if (!ppEnum)
-        return E_POINTER;
-    *ppEnum = nullptr;
-    return CEnumConnectionPoints::Create({&m_cpPlayEvents, &m_cpPlayCDEvents}, ppEnum);
+    return ComBoundary([&]() -> HRESULT {
+        if (!ppEnum)
+            return E_POINTER;
+        *ppEnum = nullptr;
+        return CEnumConnectionPoints::Create({&m_cpPlayEvents, &m_cpPlayCDEvents}, ppEnum);
+    });
 }
 
 STDMETHODIMP CPlay::FindConnectionPoint(REFIID riid, IConnectionPoint** ppCP)
@@ -120,56 +123,58 @@ STDMETHODIMP CPlay::FindConnectionPoint(REFIID riid, IConnectionPoint** ppCP)
 
 STDMETHODIMP CPlay::GetSupportedFileExt(ULONG* pdwCount, LPWSTR** pppwszFileExtList)
 {
-    TESSALY_TRACE("S:CPlay::GetSupportedFileExt>");
-    if (!CanWrite(pdwCount, sizeof(*pdwCount)))
-    {
-        TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Invalid param: pdwCount");
-        return E_INVALIDARG;
-    }
-    if (!CanWrite(pppwszFileExtList, sizeof(*pppwszFileExtList)))
-    {
-        TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Invalid param: pppwszFileExtList");
-        return E_INVALIDARG;
-    }
-    DWORD dwCount = 0;
-    LPCWSTR* ppwszList = m_pMediaPlayer->GetSupportedFileExt(&dwCount);
-    if (!ppwszList)
-    {
-        TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Can't get Supported file extension");
-        return E_OUTOFMEMORY;
-    }
-    // The dispatcher's array points into the back-ends' own tables: only the array is ours to free.
-    std::unique_ptr<LPCWSTR, TaskMemFree> dispatcherList(ppwszList);
-    if (dwCount == 0)
-    {
-        TESSALY_TRACE("E:CPlay::GetSupportedFileExt> No Supported file extension is returned");
-        return E_FAIL;
-    }
-
-    *pdwCount = dwCount;
-    *pppwszFileExtList = static_cast<LPWSTR*>(CoTaskMemAlloc(dwCount * sizeof(LPWSTR)));
-    if (!*pppwszFileExtList)
-    {
-        TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Of of memory when allocating W string array");
-        return E_OUTOFMEMORY;
-    }
-    ZeroMemory(*pppwszFileExtList, dwCount * sizeof(LPWSTR));
-    for (DWORD i = 0; i < dwCount; ++i)
-    {
-        const size_t cb = (static_cast<size_t>(lstrlenW(ppwszList[i])) + 1) * sizeof(WCHAR);
-        LPWSTR pwsz = static_cast<LPWSTR>(CoTaskMemAlloc(cb));
-        if (!pwsz)
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::GetSupportedFileExt>");
+        if (!CanWrite(pdwCount, sizeof(*pdwCount)))
         {
-            TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Of of memory when allocating W string array");
-            CUtility::FreeStringArray(dwCount, *pppwszFileExtList);
-            *pppwszFileExtList = nullptr;
-            *pdwCount = 0;
+            TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Invalid param: pdwCount");
+            return E_INVALIDARG;
+        }
+        if (!CanWrite(pppwszFileExtList, sizeof(*pppwszFileExtList)))
+        {
+            TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Invalid param: pppwszFileExtList");
+            return E_INVALIDARG;
+        }
+        DWORD dwCount = 0;
+        LPCWSTR* ppwszList = m_pMediaPlayer->GetSupportedFileExt(&dwCount);
+        if (!ppwszList)
+        {
+            TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Can't get Supported file extension");
             return E_OUTOFMEMORY;
         }
-        CopyMemory(pwsz, ppwszList[i], cb);
-        (*pppwszFileExtList)[i] = pwsz;
-    }
-    return S_OK;
+        // The dispatcher's array points into the back-ends' own tables: only the array is ours to free.
+        std::unique_ptr<LPCWSTR, TaskMemFree> dispatcherList(ppwszList);
+        if (dwCount == 0)
+        {
+            TESSALY_TRACE("E:CPlay::GetSupportedFileExt> No Supported file extension is returned");
+            return E_FAIL;
+        }
+
+        *pdwCount = dwCount;
+        *pppwszFileExtList = static_cast<LPWSTR*>(CoTaskMemAlloc(dwCount * sizeof(LPWSTR)));
+        if (!*pppwszFileExtList)
+        {
+            TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Of of memory when allocating W string array");
+            return E_OUTOFMEMORY;
+        }
+        ZeroMemory(*pppwszFileExtList, dwCount * sizeof(LPWSTR));
+        for (DWORD i = 0; i < dwCount; ++i)
+        {
+            const size_t cb = (static_cast<size_t>(lstrlenW(ppwszList[i])) + 1) * sizeof(WCHAR);
+            LPWSTR pwsz = static_cast<LPWSTR>(CoTaskMemAlloc(cb));
+            if (!pwsz)
+            {
+                TESSALY_TRACE("E:CPlay::GetSupportedFileExt> Of of memory when allocating W string array");
+                CUtility::FreeStringArray(dwCount, *pppwszFileExtList);
+                *pppwszFileExtList = nullptr;
+                *pdwCount = 0;
+                return E_OUTOFMEMORY;
+            }
+            CopyMemory(pwsz, ppwszList[i], cb);
+            (*pppwszFileExtList)[i] = pwsz;
+        }
+        return S_OK;
+    });
 }
 
 HRESULT CPlay::InitPlaybackEngine(LPCWSTR pwszFile)
@@ -185,153 +190,165 @@ HRESULT CPlay::InitPlaybackEngine(LPCWSTR pwszFile)
 STDMETHODIMP CPlay::OpenFile(LPWSTR wszFilepath, ULONG dwOpenFlags, ULONG dwPlaybackFlags,
                              TESSALY_FILEINFO* pOpenedFileInfo)
 {
-    TESSALY_TRACE("S:CPlay::OpenFile>");
-    HRESULT hr = InitPlaybackEngine(wszFilepath);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CPlay::OpenFile> InitPlaybackEngine failed");
-        return hr;
-    }
-    if (pOpenedFileInfo && !CanWrite(pOpenedFileInfo, sizeof(*pOpenedFileInfo)))
-    {
-        TESSALY_TRACE("E:CPlay::OpenFile> Invalid param: pOpenedFileInfo");
-        return E_INVALIDARG;
-    }
-    hr = m_pMediaPlayer->OpenFile(wszFilepath, dwOpenFlags, dwPlaybackFlags, pOpenedFileInfo);
-    if (FAILED(hr))
-        return hr;
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::OpenFile>");
+        HRESULT hr = InitPlaybackEngine(wszFilepath);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CPlay::OpenFile> InitPlaybackEngine failed");
+            return hr;
+        }
+        if (pOpenedFileInfo && !CanWrite(pOpenedFileInfo, sizeof(*pOpenedFileInfo)))
+        {
+            TESSALY_TRACE("E:CPlay::OpenFile> Invalid param: pOpenedFileInfo");
+            return E_INVALIDARG;
+        }
+        hr = m_pMediaPlayer->OpenFile(wszFilepath, dwOpenFlags, dwPlaybackFlags, pOpenedFileInfo);
+        if (FAILED(hr))
+            return hr;
 
-    DWORD dwMode = INFO_MODE_NONE;
-    if (m_pMediaPlayer->IsAudioOnly())
-        dwMode = INFO_MODE_MEDIA;
-    else if (m_pMediaPlayer->IsPictureFile())
-        dwMode = INFO_MODE_CAPTION;
-    if (m_pInfoWnd && CUtility::IsWindowHandle(m_pInfoWnd->GetHandle()))
-    {
-        m_pInfoWnd->ClearMediaInfo();
-        m_pInfoWnd->SetDisplayMode(dwMode, TRUE);
-    }
-    return hr;
+        DWORD dwMode = INFO_MODE_NONE;
+        if (m_pMediaPlayer->IsAudioOnly())
+            dwMode = INFO_MODE_MEDIA;
+        else if (m_pMediaPlayer->IsPictureFile())
+            dwMode = INFO_MODE_CAPTION;
+        if (m_pInfoWnd && CUtility::IsWindowHandle(m_pInfoWnd->GetHandle()))
+        {
+            m_pInfoWnd->ClearMediaInfo();
+            m_pInfoWnd->SetDisplayMode(dwMode, TRUE);
+        }
+        return hr;
+    });
 }
 
 STDMETHODIMP CPlay::CloseFile()
 {
-    TESSALY_TRACE("S:CPlay::CloseFile>");
-    if (m_pInfoWnd)
-    {
-        m_pInfoWnd->ClearMediaInfo();
-        m_pInfoWnd->SetDisplayMode(INFO_MODE_NONE, FALSE);
-    }
-    const HRESULT hr = m_pMediaPlayer->CloseFile();
-    ResetMediaInfo();
-    return hr;
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::CloseFile>");
+        if (m_pInfoWnd)
+        {
+            m_pInfoWnd->ClearMediaInfo();
+            m_pInfoWnd->SetDisplayMode(INFO_MODE_NONE, FALSE);
+        }
+        const HRESULT hr = m_pMediaPlayer->CloseFile();
+        ResetMediaInfo();
+        return hr;
+    });
 }
 
 STDMETHODIMP CPlay::GetState(TESSALY_PLAYBACK_STATE* pCurPlayState, double* pdCurElapseTime)
 {
-    TESSALY_TRACE("S:CPlay::GetState>");
-    if (pCurPlayState)
-    {
-        if (!CanWrite(pCurPlayState, sizeof(*pCurPlayState)))
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::GetState>");
+        if (pCurPlayState)
         {
-            TESSALY_TRACE("E:CPlay::GetState> Invalid param: pCurPlayState");
+            if (!CanWrite(pCurPlayState, sizeof(*pCurPlayState)))
+            {
+                TESSALY_TRACE("E:CPlay::GetState> Invalid param: pCurPlayState");
+                return E_INVALIDARG;
+            }
+            *pCurPlayState = m_pMediaPlayer->GetPlayState();
+        }
+        if (!pdCurElapseTime)
+            return S_OK;
+        if (!CanWrite(pdCurElapseTime, sizeof(*pdCurElapseTime)))
+        {
+            TESSALY_TRACE("E:CPlay::GetState> Invalid param: pdCurElapseTime");
             return E_INVALIDARG;
         }
-        *pCurPlayState = m_pMediaPlayer->GetPlayState();
-    }
-    if (!pdCurElapseTime)
+        // The last time progress delivered, not a fresh question to the back-end.
+        *pdCurElapseTime = m_dCurElapseTime;
         return S_OK;
-    if (!CanWrite(pdCurElapseTime, sizeof(*pdCurElapseTime)))
-    {
-        TESSALY_TRACE("E:CPlay::GetState> Invalid param: pdCurElapseTime");
-        return E_INVALIDARG;
-    }
-    // The last time progress delivered, not a fresh question to the back-end.
-    *pdCurElapseTime = m_dCurElapseTime;
-    return S_OK;
+    });
 }
 
 STDMETHODIMP CPlay::GetFileInfo(TESSALY_FILEINFO* pFileInfo)
 {
-    TESSALY_TRACE("S:CPlay::GetFileInfo>");
-    // Deliberately before the pointer check: hosts have relied on S_OK here until every
-    // back-end is started.
-    if (!m_pMediaPlayer->IsInitialized())
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::GetFileInfo>");
+        // Deliberately before the pointer check: hosts have relied on S_OK here until every
+        // back-end is started.
+        if (!m_pMediaPlayer->IsInitialized())
+            return S_OK;
+        if (!CanWrite(pFileInfo, sizeof(*pFileInfo)))
+        {
+            TESSALY_TRACE("E:CPlay::GetFileInfo> Invalid param: pFileInfo");
+            return E_INVALIDARG;
+        }
+        BOOL bAudioOnly = FALSE, bSeekable = FALSE, bPicture = FALSE;
+        const HRESULT hr = m_pMediaPlayer->GetFileInfo(&bAudioOnly, &pFileInfo->dDuration, &bSeekable,
+                                                       &pFileInfo->dwWidth, &pFileInfo->dwHeight, &bPicture);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CPlay::GetFileInfo> m_pMediaPlayer->GetFileInfo");
+            return hr;
+        }
+        pFileInfo->dwAttributeMask = 0;
+        if (bAudioOnly)
+            pFileInfo->dwAttributeMask |= TESSALY_FILEINFO_AUDIO_ONLY;
+        if (bSeekable)
+            pFileInfo->dwAttributeMask |= TESSALY_FILEINFO_SEEKABLE;
+        if (bPicture)
+            pFileInfo->dwAttributeMask |= TESSALY_FILEINFO_PICTURE;
         return S_OK;
-    if (!CanWrite(pFileInfo, sizeof(*pFileInfo)))
-    {
-        TESSALY_TRACE("E:CPlay::GetFileInfo> Invalid param: pFileInfo");
-        return E_INVALIDARG;
-    }
-    BOOL bAudioOnly = FALSE, bSeekable = FALSE, bPicture = FALSE;
-    const HRESULT hr = m_pMediaPlayer->GetFileInfo(&bAudioOnly, &pFileInfo->dDuration, &bSeekable,
-                                                   &pFileInfo->dwWidth, &pFileInfo->dwHeight, &bPicture);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CPlay::GetFileInfo> m_pMediaPlayer->GetFileInfo");
-        return hr;
-    }
-    pFileInfo->dwAttributeMask = 0;
-    if (bAudioOnly)
-        pFileInfo->dwAttributeMask |= TESSALY_FILEINFO_AUDIO_ONLY;
-    if (bSeekable)
-        pFileInfo->dwAttributeMask |= TESSALY_FILEINFO_SEEKABLE;
-    if (bPicture)
-        pFileInfo->dwAttributeMask |= TESSALY_FILEINFO_PICTURE;
-    return S_OK;
+    });
 }
 
 STDMETHODIMP CPlay::PlaybackControl(ULONG dwControlFlag, ULONG dwParamSize, BYTE* pParam)
 {
-    TESSALY_TRACE("S:CPlay::PlaybackControl>");
-    switch (dwControlFlag)
-    {
-    case TESSALY_PLAYBACK_CONTROL_PLAY:
-        TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_PLAY");
-        return m_pMediaPlayer->Play();
-    case TESSALY_PLAYBACK_CONTROL_PAUSE:
-        TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_PAUSE");
-        return m_pMediaPlayer->Pause();
-    case TESSALY_PLAYBACK_CONTROL_STOP:
-        TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_STOP");
-        return m_pMediaPlayer->Stop();
-    case TESSALY_PLAYBACK_CONTROL_SEEKTOPOS:
-    {
-        TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_SEEKTOPOS");
-        if (dwParamSize == 0 || !pParam)
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::PlaybackControl>");
+        switch (dwControlFlag)
         {
-            TESSALY_TRACE("E:CPlay::PlaybackControl> Invalid param for TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, dwParamSize or pParam can't be zero");
-            return E_INVALIDARG;
-        }
-        if (!CanRead(pParam, dwParamSize))
+        case TESSALY_PLAYBACK_CONTROL_PLAY:
+            TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_PLAY");
+            return m_pMediaPlayer->Play();
+        case TESSALY_PLAYBACK_CONTROL_PAUSE:
+            TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_PAUSE");
+            return m_pMediaPlayer->Pause();
+        case TESSALY_PLAYBACK_CONTROL_STOP:
+            TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_STOP");
+            return m_pMediaPlayer->Stop();
+        case TESSALY_PLAYBACK_CONTROL_SEEKTOPOS:
         {
-            TESSALY_TRACE("E:CPlay::PlaybackControl> Invalid param for TESSALY_PLAYBACK_CONTROL_SEEKTOPOS");
-            return E_INVALIDARG;
+            TESSALY_TRACE("S:CPlay::PlaybackControl> TESSALY_PLAYBACK_CONTROL_SEEKTOPOS");
+            if (dwParamSize == 0 || !pParam)
+            {
+                TESSALY_TRACE("E:CPlay::PlaybackControl> Invalid param for TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, dwParamSize or pParam can't be zero");
+                return E_INVALIDARG;
+            }
+            if (!CanRead(pParam, dwParamSize))
+            {
+                TESSALY_TRACE("E:CPlay::PlaybackControl> Invalid param for TESSALY_PLAYBACK_CONTROL_SEEKTOPOS");
+                return E_INVALIDARG;
+            }
+            double dPosition;
+            CopyMemory(&dPosition, pParam, sizeof(dPosition));
+            return m_pMediaPlayer->SeekTo(dPosition);
         }
-        double dPosition;
-        CopyMemory(&dPosition, pParam, sizeof(dPosition));
-        return m_pMediaPlayer->SeekTo(dPosition);
-    }
-    default:
-        TESSALY_TRACE("S:CPlay::PlaybackControl> Unknown Playback Control Flag");
-        return TESSALY_E_NOTSUPPORTED;
-    }
+        default:
+            TESSALY_TRACE("S:CPlay::PlaybackControl> Unknown Playback Control Flag");
+            return TESSALY_E_NOTSUPPORTED;
+        }
+    });
 }
 
 STDMETHODIMP CPlay::SetParentWindow(LONG hWndParent)
 {
-    TESSALY_TRACE("S:CPlay::SetParentWindow>");
-    HWND hWnd = reinterpret_cast<HWND>(static_cast<LONG_PTR>(hWndParent));
-    if (hWnd && !IsWindow(hWnd))
-    {
-        TESSALY_TRACE("E:CPlay::SetParentWindow> Invalid non-null window handle: hWndParent");
-        return E_INVALIDARG;
-    }
-    m_hWndParent = hWnd;
-    m_rcParent = CUtility::GetWindowClientRect(hWnd);
-    // Fails while no file is open, but the dispatcher keeps the window for the next open.
-    m_pMediaPlayer->SetParentWindow(hWnd);
-    return S_OK;
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::SetParentWindow>");
+        HWND hWnd = reinterpret_cast<HWND>(static_cast<LONG_PTR>(hWndParent));
+        if (hWnd && !IsWindow(hWnd))
+        {
+            TESSALY_TRACE("E:CPlay::SetParentWindow> Invalid non-null window handle: hWndParent");
+            return E_INVALIDARG;
+        }
+        m_hWndParent = hWnd;
+        m_rcParent = CUtility::GetWindowClientRect(hWnd);
+        // Fails while no file is open, but the dispatcher keeps the window for the next open.
+        m_pMediaPlayer->SetParentWindow(hWnd);
+        return S_OK;
+    });
 }
 
 STDMETHODIMP CPlay::GetParentWindow(LONG* phWndParent)
@@ -348,26 +365,28 @@ STDMETHODIMP CPlay::GetParentWindow(LONG* phWndParent)
 
 STDMETHODIMP CPlay::SetParentWindowSize(ULONG dwWidth, ULONG dwHeight)
 {
-    TESSALY_TRACE("S:CPlay::SetParentWindowSize>");
-    if (dwWidth == 0)
-    {
-        TESSALY_TRACE("S:CPlay::SetParentWindowSize> dwWidth can't be zero");
-        return E_INVALIDARG;
-    }
-    if (dwHeight == 0)
-    {
-        TESSALY_TRACE("S:CPlay::SetParentWindowSize> dwHeight can't be zero");
-        return E_INVALIDARG;
-    }
-    if (dwWidth == static_cast<ULONG>(m_rcParent.right - m_rcParent.left) &&
-        dwHeight == static_cast<ULONG>(m_rcParent.bottom - m_rcParent.top))
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::SetParentWindowSize>");
+        if (dwWidth == 0)
+        {
+            TESSALY_TRACE("S:CPlay::SetParentWindowSize> dwWidth can't be zero");
+            return E_INVALIDARG;
+        }
+        if (dwHeight == 0)
+        {
+            TESSALY_TRACE("S:CPlay::SetParentWindowSize> dwHeight can't be zero");
+            return E_INVALIDARG;
+        }
+        if (dwWidth == static_cast<ULONG>(m_rcParent.right - m_rcParent.left) &&
+            dwHeight == static_cast<ULONG>(m_rcParent.bottom - m_rcParent.top))
+            return S_OK;
+        m_rcParent.right = m_rcParent.left + static_cast<LONG>(dwWidth);
+        m_rcParent.bottom = m_rcParent.top + static_cast<LONG>(dwHeight);
+        UpdateInfoWindow();
+        m_pMediaPlayer->SetParentWindowSize(static_cast<DWORD>(m_rcParent.right - m_rcParent.left),
+                                            static_cast<DWORD>(m_rcParent.bottom - m_rcParent.top));
         return S_OK;
-    m_rcParent.right = m_rcParent.left + static_cast<LONG>(dwWidth);
-    m_rcParent.bottom = m_rcParent.top + static_cast<LONG>(dwHeight);
-    UpdateInfoWindow();
-    m_pMediaPlayer->SetParentWindowSize(static_cast<DWORD>(m_rcParent.right - m_rcParent.left),
-                                        static_cast<DWORD>(m_rcParent.bottom - m_rcParent.top));
-    return S_OK;
+    });
 }
 
 HRESULT CPlay::UpdateInfoWindow()
@@ -421,9 +440,11 @@ STDMETHODIMP CPlay::GetPlaybackFlags(ULONG* pdwPlaybackFlags)
 
 STDMETHODIMP CPlay::SetPlaybackFlags(ULONG dwPlaybackFlags)
 {
-    TESSALY_TRACE("S:CPlay::SetPlaybackFlags> dwPlaybackFlags = 0x%.8lx", dwPlaybackFlags);
-    const HRESULT hr = m_pMediaPlayer->SetPlaybackFlags(dwPlaybackFlags);
-    return FAILED(hr) ? hr : S_OK;
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::SetPlaybackFlags> dwPlaybackFlags = 0x%.8lx", dwPlaybackFlags);
+        const HRESULT hr = m_pMediaPlayer->SetPlaybackFlags(dwPlaybackFlags);
+        return FAILED(hr) ? hr : S_OK;
+    });
 }
 
 // ---- IPlay2 ------------------------------------------------------------------------------
@@ -438,29 +459,33 @@ STDMETHODIMP CPlay::ShowMediaInfo(LONG bShow)
 
 STDMETHODIMP CPlay::SetMediaInfo(TESSALY_MEDIA_INFO* pPMI)
 {
-    if (!HasInfoWindow())
-        return E_FAIL;
-    if (!CanRead(pPMI, sizeof(*pPMI)))
-        return E_INVALIDARG;
-    CopyMemory(&m_MediaInfo, pPMI, sizeof(m_MediaInfo));
-    m_pInfoWnd->LoadCoverArt(reinterpret_cast<LPCWSTR>(m_MediaInfo.wszCoverArtPath));
-    InvalidateRect(m_pInfoWnd->GetHandle(), nullptr, TRUE);
-    return S_OK;
+    return ComBoundary([&]() -> HRESULT {
+        if (!HasInfoWindow())
+            return E_FAIL;
+        if (!CanRead(pPMI, sizeof(*pPMI)))
+            return E_INVALIDARG;
+        CopyMemory(&m_MediaInfo, pPMI, sizeof(m_MediaInfo));
+        m_pInfoWnd->LoadCoverArt(reinterpret_cast<LPCWSTR>(m_MediaInfo.wszCoverArtPath));
+        InvalidateRect(m_pInfoWnd->GetHandle(), nullptr, TRUE);
+        return S_OK;
+    });
 }
 
 // ---- IPlayCD -----------------------------------------------------------------------------
 
 STDMETHODIMP CPlay::OpenCD(SHORT wszDrive, USHORT wStartTrack, USHORT wEndTrack)
 {
-    TESSALY_TRACE("S:CPlay::OpenCD>");
-    // An empty path prepares no file back-end.
-    const HRESULT hr = InitPlaybackEngine(L"");
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CPlay::OpenCD> InitPlaybackEngine failed");
-        return hr;
-    }
-    return m_pMediaPlayer->OpenCD(static_cast<WCHAR>(wszDrive), wStartTrack, wEndTrack);
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CPlay::OpenCD>");
+        // An empty path prepares no file back-end.
+        const HRESULT hr = InitPlaybackEngine(L"");
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CPlay::OpenCD> InitPlaybackEngine failed");
+            return hr;
+        }
+        return m_pMediaPlayer->OpenCD(static_cast<WCHAR>(wszDrive), wStartTrack, wEndTrack);
+    });
 }
 
 STDMETHODIMP CPlay::GetDuration(double* dbDuration)
@@ -488,11 +513,13 @@ STDMETHODIMP CPlay::SetTextColor(ULONG crColor, LONG bForceRefresh)
 
 STDMETHODIMP CPlay::SetFont(LOGFONTW* plf, LONG bForceRefresh)
 {
-    if (!HasInfoWindow())
-        return E_FAIL;
-    if (plf && !CanRead(plf, sizeof(*plf)))
-        return E_INVALIDARG;
-    return m_pInfoWnd->SetFont(plf, bForceRefresh);
+    return ComBoundary([&]() -> HRESULT {
+        if (!HasInfoWindow())
+            return E_FAIL;
+        if (plf && !CanRead(plf, sizeof(*plf)))
+            return E_INVALIDARG;
+        return m_pInfoWnd->SetFont(plf, bForceRefresh);
+    });
 }
 
 STDMETHODIMP CPlay::GetGradientBkColor(ULONG* pcrTop, ULONG* pcrBottom)

@@ -1,6 +1,7 @@
 #include "objects/CQueryFileInfo.h"
 
 #include "dispatch/CMediaPlayer.h"
+#include "engine/ComBoundary.h"
 #include "base/CUtility.h"
 #include "trace/Trace.h"
 
@@ -46,24 +47,26 @@ HRESULT CQueryFileInfo::InitPlaybackEngine(LPCWSTR pwszFile)
 
 STDMETHODIMP CQueryFileInfo::GetFileInfo(LPWSTR wszFilepath, TESSALY_FILEINFO* pOpenedFileInfo)
 {
-    TESSALY_TRACE("S:CQueryFileInfo::GetFileInfo>");
-    if (IsBadWritePtr(pOpenedFileInfo, sizeof(TESSALY_FILEINFO)))
-    {
-        TESSALY_TRACE("E:CQueryFileInfo::GetFileInfo> Invalid param: pOpenedFileInfo");
-        return E_INVALIDARG;
-    }
-    HRESULT hr = InitPlaybackEngine(wszFilepath);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CQueryFileInfo::GetFileInfo> InitPlaybackEngine failed");
-        return hr;
-    }
-    hr = m_pMediaPlayer->OpenFile(wszFilepath, 0, 0, pOpenedFileInfo);
-    if (FAILED(hr))
-    {
-        TESSALY_TRACE("E:CQueryFileInfo::GetFileInfo> m_pMediaPlayer->OpenFile failed");
-        return hr;
-    }
-    m_pMediaPlayer->CloseFile();
-    return S_OK;
+    return ComBoundary([&]() -> HRESULT {
+        TESSALY_TRACE("S:CQueryFileInfo::GetFileInfo>");
+        if (IsBadWritePtr(pOpenedFileInfo, sizeof(TESSALY_FILEINFO)))
+        {
+            TESSALY_TRACE("E:CQueryFileInfo::GetFileInfo> Invalid param: pOpenedFileInfo");
+            return E_INVALIDARG;
+        }
+        HRESULT hr = InitPlaybackEngine(wszFilepath);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CQueryFileInfo::GetFileInfo> InitPlaybackEngine failed");
+            return hr;
+        }
+        hr = m_pMediaPlayer->OpenFile(wszFilepath, 0, 0, pOpenedFileInfo);
+        if (FAILED(hr))
+        {
+            TESSALY_TRACE("E:CQueryFileInfo::GetFileInfo> m_pMediaPlayer->OpenFile failed");
+            return hr;
+        }
+        m_pMediaPlayer->CloseFile();
+        return S_OK;
+    });
 }

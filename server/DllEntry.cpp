@@ -3,6 +3,7 @@
 #include <olectl.h>
 
 #include "engine/CComCreator.h"
+#include "engine/ComBoundary.h"
 #include "engine/CDllModule.h"
 #include "engine/CModuleLock.h"
 #include "engine/TessalyContract.h"
@@ -56,15 +57,15 @@ STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv)
         return E_POINTER; // before the proxy part, which would write through it
     if (SUCCEEDED(PrxDllGetClassObject(rclsid, riid, ppv)))
         return S_OK;
-    return g_DllModule.GetClassObject(rclsid, riid, ppv);
+    return ComBoundary([&] { return g_DllModule.GetClassObject(rclsid, riid, ppv); });
 }
 
 STDAPI DllRegisterServer()
 {
-    return g_DllModule.RegisterServer();
+    return ComBoundary([] { return g_DllModule.RegisterServer(); });
 }
 
 STDAPI DllUnregisterServer()
 {
-    return g_DllModule.UnregisterServer();
+    return ComBoundary([] { return g_DllModule.UnregisterServer(); });
 }
