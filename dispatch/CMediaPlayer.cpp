@@ -49,7 +49,11 @@ CMediaPlayer::CMediaPlayer(BackEnds backEnds)
 {
 }
 
-CMediaPlayer::~CMediaPlayer() = default;
+CMediaPlayer::~CMediaPlayer()
+{
+    if (m_pbGone)
+        *m_pbGone = true;
+}
 
 HRESULT CMediaPlayer::Init(LPCWSTR pwszFile)
 {
@@ -562,7 +566,19 @@ void CMediaPlayer::Notify(DWORD dwEvent, ULONG_PTR ulParam)
 
 void CMediaPlayer::OnBackEndMessage(UINT uMsg, WPARAM wParam)
 {
+    // The owner may let the dispatcher go from inside the last progress report (a host releasing
+    // its Play object in its handler); nothing of it may be touched after that.
+    bool bGone = false;
+    bool* const pbOuter = m_pbGone;
+    m_pbGone = &bGone;
     OnTimerPlaybackProgress();
+    if (bGone)
+    {
+        if (pbOuter)
+            *pbOuter = true;
+        return;
+    }
+    m_pbGone = pbOuter;
     if (uMsg == WM_CDDA_TRACK_COMPLETE)
     {
         // Playback goes on with the next track, and so do the progress reports.

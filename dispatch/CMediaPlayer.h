@@ -110,4 +110,6 @@ private:
     HRESULT RefreshFileInfo(TESSALY_FILEINFO* pInfo);
     void OnBackEndMessage(UINT uMsg, WPARAM wParam);
     void Notify(DWORD dwEvent, ULONG_PTR ulParam);
+    // Set by the destructor when it runs while a back-end's message is being handled.
+    bool* m_pbGone = nullptr;
 };

@@ -9,6 +9,7 @@
 #include "base/CUtility.h"
 #include "display/CInfoWnd.h"
 #include "engine/ComBoundary.h"
+#include "engine/ComPtr.h"
 #include "engine/CComEnum.h"
 #include "trace/Trace.h"
 
@@ -551,7 +552,11 @@ STDMETHODIMP CPlay::GetTextColor(ULONG* pcrColor)
 
 HRESULT CPlay::OnMediaPlayerEvent(DWORD dwEvent, ULONG_PTR ulParam, void* pContext)
 {
-    return static_cast<CPlay*>(pContext)->NotifyStreamingPlayerEvent(static_cast<WORD>(dwEvent & 0xFFFF), ulParam);
+    // A sink may release the host's last reference: the object, its sink lists included, lives
+    // until every sink has heard the event.
+    auto pThis = static_cast<CPlay*>(pContext);
+    const ComPtr<IUnknown> keepAlive(pThis->GetUnknown());
+    return pThis->NotifyStreamingPlayerEvent(static_cast<WORD>(dwEvent & 0xFFFF), ulParam);
 }
 
 HRESULT CPlay::NotifyStreamingPlayerEvent(WORD wEvent, ULONG_PTR ulParam)
