@@ -1,5 +1,6 @@
 #include "qtml/CGraphMovie.h"
 
+#include "qtml/CIsoBoxes.h"
 #include "qtml/CPortAssociation.h"
 
 using Microsoft::WRL::ComPtr;
@@ -42,6 +43,31 @@ OSErr ErrorOfRender(HRESULT hr)
     }
 }
 
+// False for an ISO media file that breaks off before its movie box, on which the platform's parser
+// would wait forever; other files are left to the graph.
+bool CanRender(const std::wstring& path)
+{
+    HANDLE hFile = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (hFile == INVALID_HANDLE_VALUE)
+        return true; // the graph reports why
+    LARGE_INTEGER liSize = {};
+    GetFileSizeEx(hFile, &liSize);
+    auto read = [hFile](std::uint64_t offset, unsigned char* pBuffer, std::size_t cb) {
+        OVERLAPPED at = {};
+        at.Offset = static_cast<DWORD>(offset);
+        at.OffsetHigh = static_cast<DWORD>(offset >> 32);
+        DWORD cbRead = 0;
+        return ReadFile(hFile, pBuffer, static_cast<DWORD>(cb), &cbRead, &at) && cbRead == cb;
+    };
+    unsigned char first[8];
+    const std::uint64_t cbFile = static_cast<std::uint64_t>(liSize.QuadPart);
+    const bool bRenderable = !read(0, first, sizeof(first)) || !CIsoBoxes::LooksLikeIsoFile(first) ||
+                             CIsoBoxes::HasCompleteMovieBox(read, cbFile);
+    CloseHandle(hFile);
+    return bRenderable;
+}
+
 } // namespace
 
 CGraphMovie::CGraphMovie(HWND hPortWnd)
@@ -70,6 +96,8 @@ OSErr CGraphMovie::Build(const std::string& path)
     std::wstring widePath(static_cast<size_t>(cch), L'\0');
     MultiByteToWideChar(CP_ACP, 0, path.c_str(), -1, &widePath[0], cch);
 
+    if (!CanRender(widePath))
+        return invalidMovie;
     HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder,
                                   reinterpret_cast<void**>(m_pGraph.ReleaseAndGetAddressOf()));
     if (FAILED(hr))

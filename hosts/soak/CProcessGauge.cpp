@@ -12,9 +12,9 @@ long OpenHandles()
     DWORD dwCount = 0;
     if (GetProcessHandleCount(GetCurrentProcess(), &dwCount) && dwCount != 0)
         return static_cast<long>(dwCount);
-    // Handle values are multiples of four; a process of a few thousand handles stays far below this.
+    // Handle values are multiples of four; a million of them is far beyond any sound process.
     long lOpen = 0;
-    for (ULONG_PTR value = 4; value < 0x20000; value += 4)
+    for (ULONG_PTR value = 4; value < 0x400000; value += 4)
     {
         DWORD dwFlags = 0;
         lOpen += GetHandleInformation(reinterpret_cast<HANDLE>(value), &dwFlags) ? 1 : 0;

@@ -35,6 +35,9 @@ bash "$here/../support/media-truth.sh" clip.mov clip.mp4 clip.m4v clip.3gp tone.
 
 # Damage: cut short, noise only, nothing at all.
 head -c 20000 clip.mov >cut.mov
+head -c 1500 clip.mov >nomoov.mov # breaks off inside the media data, before the movie box
+cp clip.mov huge.mov              # the first box claims 2 GiB
+printf '\x7f\xff\xff\xff' | dd of=huge.mov bs=1 conv=notrunc status=none
 head -c 3000 tone.m4a >cut.m4a
 head -c 400 anim.gif >cut.gif
 ff -f lavfi -i "anoisesrc=duration=0.5:seed=7:sample_rate=8000" -f u8 noise.bin

@@ -30,7 +30,7 @@ TEST_P(QTDamagedFile, FailsToOpenAndTheNextGoodFileStillOpens)
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKind, QTDamagedFile,
-                         ::testing::Values("cut.mov", "noise.mov", "empty.mov", "cut.m4a", "empty.m4a", "cut.gif",
+                         ::testing::Values("cut.mov", "nomoov.mov", "huge.mov", "noise.mov", "empty.mov", "cut.m4a", "empty.m4a", "cut.gif",
                                            "noise.gif", "missing.mov", "missing.m4a"));
 
 } // namespace
