@@ -4,6 +4,8 @@
 //   platform_benchmark first-render FILE       a bare first RenderFile and duration, the same way
 //   platform_benchmark play FILE SECONDS       the engine plays FILE in a host window
 //   platform_benchmark play-bare FILE SECONDS  a bare graph plays it, its video in the same window
+//   platform_benchmark partial-renders FILE N  how often N bare RenderFile calls render only part of
+//                                              FILE (the rate behind the tests' second opens)
 #include <windows.h>
 #include <dshow.h>
 
@@ -107,13 +109,29 @@ HRESULT PlayBare(const std::wstring& path, DWORD dwMs)
     return hr;
 }
 
+HRESULT CountPartialRenders(const std::wstring& path, long lRenders)
+{
+    long lPartial = 0, lFailed = 0;
+    for (long i = 0; i < lRenders; ++i)
+    {
+        ComPtr<IGraphBuilder> graph;
+        HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER, IID_IGraphBuilder, &graph);
+        if (SUCCEEDED(hr))
+            hr = graph->RenderFile(path.c_str(), nullptr);
+        lPartial += hr == VFW_S_PARTIAL_RENDER ? 1 : 0;
+        lFailed += FAILED(hr) ? 1 : 0;
+    }
+    std::printf("%ld renders: %ld partial, %ld failed\n", lRenders, lPartial, lFailed);
+    return S_OK;
+}
+
 } // namespace
 
 int wmain(int argc, wchar_t** argv)
 {
     if (argc < 3)
     {
-        std::fputs("usage: platform_benchmark first-query|first-render|play|play-bare FILE [SECONDS]\n", stderr);
+        std::fputs("usage: platform_benchmark first-query|first-render|play|play-bare|partial-renders FILE [SECONDS|N]\n", stderr);
         return 2;
     }
     const std::wstring mode = argv[1];
@@ -131,6 +149,8 @@ int wmain(int argc, wchar_t** argv)
         hr = PlayThroughEngine(path, dwMs);
     else if (mode == L"play-bare")
         hr = PlayBare(path, dwMs);
+    else if (mode == L"partial-renders" && argc > 3)
+        hr = CountPartialRenders(path, std::wcstol(argv[3], nullptr, 10));
     CoUninitialize();
     if (FAILED(hr))
         std::fprintf(stderr, "platform_benchmark: 0x%08lX\n", static_cast<unsigned long>(hr));

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -115,6 +116,7 @@ protected:
             if (!bFailed)
             {
                 EXPECT_EQ(S_OK, hr) << c.pszName << ": with every allocation served";
+                std::printf("%s: %ld allocation points failed in turn\n", c.pszName, k - 1);
                 return k - 1;
             }
             EXPECT_NE(c.refusals.end(), std::find(c.refusals.begin(), c.refusals.end(), hr))
