@@ -12,10 +12,10 @@
 #include <string>
 #include <vector>
 
+#include "CPlayHostTest.h"
 #include "CTestMedia.h"
 #include "engine/ComPtr.h"
 #include "engine/TessalyContract.h"
-#include "tests/support/CMessagePump.h"
 #include "tests/support/CRecordingSink.h"
 
 namespace {
@@ -58,27 +58,13 @@ std::string NameOf(const ::testing::TestParamInfo<Reentry>& info)
     return name;
 }
 
-class EventReentry : public ::testing::TestWithParam<Reentry>
+class EventReentry : public CPlayHostTest, public ::testing::WithParamInterface<Reentry>
 {
 protected:
     void SetUp() override
     {
-        ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, &m_play));
-        m_parent = CreateWindowExW(0, L"STATIC", L"host", WS_POPUP, 0, 0, 320, 240, nullptr, nullptr, nullptr, nullptr);
-        ASSERT_EQ(S_OK, m_play->SetParentWindow(static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_parent))));
-        ComPtr<IConnectionPointContainer> container;
-        ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
-        ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &m_events));
-        ASSERT_EQ(S_OK, m_events->Advise(&m_sink, &m_dwCookie));
+        CPlayHostTest::SetUp();
         ASSERT_EQ(S_OK, m_events->Advise(&m_second, &m_dwCookie));
-    }
-    void TearDown() override
-    {
-        m_events.Reset();
-        m_play.Reset();
-        DestroyWindow(m_parent);
-        CoUninitialize();
     }
     std::wstring Path() const
     {
@@ -91,13 +77,7 @@ protected:
         return m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, nullptr);
     }
 
-    std::vector<CRecordingSink::Entry> m_log;
-    CRecordingSink m_sink{"host", &m_log};
     CRecordingSink m_second{"second", &m_log}; // hears every event after the acting sink
-    ComPtr<IPlay2> m_play;
-    ComPtr<IConnectionPoint> m_events;
-    DWORD m_dwCookie = 0;
-    HWND m_parent = nullptr;
 };
 
 TEST_P(EventReentry, TheCallAnswersAsOutsideAnEventAndNothingFollowsAClose)
@@ -132,9 +112,9 @@ TEST_P(EventReentry, TheCallAnswersAsOutsideAnEventAndNothingFollowsAClose)
     };
     ASSERT_EQ(S_OK, Open());
     ASSERT_EQ(S_OK, m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr));
-    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return bActed; }, 15000)) << "the event never came";
+    ASSERT_TRUE(PumpUntil([&] { return bActed; }, 15000)) << "the event never came";
     EXPECT_EQ(S_OK, hrAction);
-    CMessagePump::PumpFor(600);
+    PumpUntil([] { return false; }, 600);
 
     switch (r.action)
     {
