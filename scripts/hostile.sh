@@ -69,7 +69,6 @@ for i in $(seq 1 12); do deep=$deep/a-folder-name-of-some-length-$i; done
 mkdir -p "$deep"
 cp "${valid[0]}" "$deep/tone.wav"
 
-"$build/wine-run" --wineserver -p
 results=$build/hostile/results.txt
 : >"$results"
 declare -A outcome
