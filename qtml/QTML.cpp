@@ -137,29 +137,29 @@ OSErr Gestalt(OSType selector, long* pResponse)
                           [&] { return CQtmlRuntime::Instance().Gestalt(selector, pResponse); });
 }
 
-OSErr NativePathNameToFSSpec(const char* path, FSSpec* spec, long)
+OSErr NativePathNameToFSSpec(const char* path, FSSpec* location, long)
 {
-    if (!path || !spec)
+    if (!path || !location)
         return paramErr;
     const size_t cch = std::strlen(path);
-    if (cch == 0 || cch >= sizeof(spec->path))
+    if (cch == 0 || cch >= sizeof(location->path))
         return paramErr;
-    std::memset(spec, 0, sizeof(*spec));
-    std::memcpy(spec->path, path, cch);
+    std::memset(location, 0, sizeof(*location));
+    std::memcpy(location->path, path, cch);
     return noErr;
 }
 
-OSErr GetGraphicsImporterForFile(const FSSpec* spec, GraphicsImportComponent* pImporter)
+OSErr GetGraphicsImporterForFile(const FSSpec* location, GraphicsImportComponent* pImporter)
 {
     return Guarded<OSErr>(cantFindHandler, [&]() -> OSErr {
         if (!pImporter)
             return paramErr;
         *pImporter = nullptr;
-        if (!spec)
+        if (!location)
             return paramErr;
         if (!CQtmlRuntime::Instance().IsStarted())
             return cantFindHandler;
-        auto picture = CPicture::Load(spec->path);
+        auto picture = CPicture::Load(location->path);
         if (!picture)
             return cantFindHandler;
         const uintptr_t handle = Registry().NewHandle();
@@ -215,16 +215,16 @@ void MacSetPort(GrafPtr port)
     GuardedVoid([&] { Registry().SetCurrentPort(port); });
 }
 
-OSErr OpenMovieFile(const FSSpec* spec, int16_t* pResRefNum, int8_t)
+OSErr OpenMovieFile(const FSSpec* location, int16_t* pResRefNum, int8_t)
 {
     return Guarded<OSErr>(paramErr, [&]() -> OSErr {
-        if (!spec || !pResRefNum)
+        if (!location || !pResRefNum)
             return paramErr;
         *pResRefNum = 0;
-        const DWORD dwAttributes = GetFileAttributesA(spec->path);
+        const DWORD dwAttributes = GetFileAttributesA(location->path);
         if (dwAttributes == INVALID_FILE_ATTRIBUTES || (dwAttributes & FILE_ATTRIBUTE_DIRECTORY))
             return fnfErr;
-        const int16_t ref = Registry().OpenFile(spec->path);
+        const int16_t ref = Registry().OpenFile(location->path);
         if (ref == 0)
             return memFullErr;
         *pResRefNum = ref;

@@ -153,8 +153,8 @@ void ExitMovies();
 OSErr Gestalt(OSType selector, long* pResponse);
 
 // Files and importers.
-OSErr NativePathNameToFSSpec(const char* path, FSSpec* spec, long flags);
-OSErr GetGraphicsImporterForFile(const FSSpec* spec, GraphicsImportComponent* pImporter);
+OSErr NativePathNameToFSSpec(const char* path, FSSpec* location, long flags);
+OSErr GetGraphicsImporterForFile(const FSSpec* location, GraphicsImportComponent* pImporter);
 OSErr CloseComponent(ComponentInstance instance);
 
 // Ports: a native window gets a port by association; the current port is where the next movie
@@ -165,7 +165,7 @@ GrafPtr GetNativeWindowPort(const void* hwnd);
 void MacSetPort(GrafPtr port);
 
 // Movies.
-OSErr OpenMovieFile(const FSSpec* spec, int16_t* pResRefNum, int8_t permission);
+OSErr OpenMovieFile(const FSSpec* location, int16_t* pResRefNum, int8_t permission);
 OSErr CloseMovieFile(int16_t resRefNum);
 OSErr NewMovieFromFile(Movie* pMovie, int16_t resRefNum, int16_t* pResId, StringPtr resName,
                        int16_t newMovieFlags, Boolean* pDataRefWasChanged);

@@ -58,11 +58,11 @@ HRESULT CQuickTime::OpenMovie(LPCSTR pszPath, DWORD)
 
     m_bIsGif = lstrcmpiA(PathFindExtensionA(pszFile.get()), ".GIF") == 0;
 
-    FSSpec spec = {};
-    if (NativePathNameToFSSpec(pszFile.get(), &spec, 0) == noErr)
+    FSSpec location = {};
+    if (NativePathNameToFSSpec(pszFile.get(), &location, 0) == noErr)
     {
         GraphicsImportComponent importer = nullptr;
-        if (GetGraphicsImporterForFile(&spec, &importer) == noErr && importer)
+        if (GetGraphicsImporterForFile(&location, &importer) == noErr && importer)
         {
             m_bIsPicture = TRUE;
             CloseComponent(importer);
@@ -77,7 +77,7 @@ HRESULT CQuickTime::OpenMovie(LPCSTR pszPath, DWORD)
     }
 
     int16_t resRefNum = 0;
-    if (OpenMovieFile(&spec, &resRefNum, fsRdPerm) != noErr)
+    if (OpenMovieFile(&location, &resRefNum, fsRdPerm) != noErr)
     {
         TESSALY_TRACE("E:CQuickTime::OpenMovie> OpenMovieFile failed");
     }

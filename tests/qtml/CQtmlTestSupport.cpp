@@ -39,12 +39,12 @@ CTruth ReadTruth(const char* pszName)
 OSErr OpenMovie(const std::string& path, Movie* pMovie)
 {
     *pMovie = nullptr;
-    FSSpec spec;
-    OSErr err = NativePathNameToFSSpec(path.c_str(), &spec, 0);
+    FSSpec location;
+    OSErr err = NativePathNameToFSSpec(path.c_str(), &location, 0);
     if (err != noErr)
         return err;
     int16_t ref = 0;
-    err = OpenMovieFile(&spec, &ref, fsRdPerm);
+    err = OpenMovieFile(&location, &ref, fsRdPerm);
     if (err != noErr)
         return err;
     err = NewMovieFromFile(pMovie, ref, nullptr, nullptr, newMovieActive, nullptr);

@@ -54,17 +54,17 @@ using PictureTest = QtmlTest;
 
 TEST_F(PictureTest, ImporterFoundByContentNotByExtension)
 {
-    FSSpec spec;
+    FSSpec location;
     GraphicsImportComponent importer = reinterpret_cast<GraphicsImportComponent>(1);
-    ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath("still.pict").c_str(), &spec, 0));
-    ASSERT_EQ(noErr, GetGraphicsImporterForFile(&spec, &importer));
+    ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath("still.pict").c_str(), &location, 0));
+    ASSERT_EQ(noErr, GetGraphicsImporterForFile(&location, &importer));
     EXPECT_NE(nullptr, importer);
     EXPECT_EQ(noErr, CloseComponent(importer));
     EXPECT_EQ(paramErr, CloseComponent(importer));
 
-    ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath("clip.mov").c_str(), &spec, 0));
+    ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath("clip.mov").c_str(), &location, 0));
     importer = reinterpret_cast<GraphicsImportComponent>(1);
-    EXPECT_EQ(cantFindHandler, GetGraphicsImporterForFile(&spec, &importer));
+    EXPECT_EQ(cantFindHandler, GetGraphicsImporterForFile(&location, &importer));
     EXPECT_EQ(nullptr, importer);
 }
 
@@ -75,10 +75,10 @@ TEST_F(PictureTest, StillsAreMoviesOfNoLengthEvenWithoutAGdiplusDecoder)
     for (const char* pszName : {"still.pict", "still.tga"})
     {
         SCOPED_TRACE(pszName);
-        FSSpec spec;
+        FSSpec location;
         GraphicsImportComponent importer = nullptr;
-        ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath(pszName).c_str(), &spec, 0));
-        EXPECT_EQ(noErr, GetGraphicsImporterForFile(&spec, &importer));
+        ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath(pszName).c_str(), &location, 0));
+        EXPECT_EQ(noErr, GetGraphicsImporterForFile(&location, &importer));
         CloseComponent(importer);
 
         Movie movie = nullptr;
@@ -126,14 +126,14 @@ TEST_F(DamagedFileTest, EveryDamagedFileEndsInInvalidMovieWithinSeconds)
 
 TEST_F(DamagedFileTest, MissingFileOrFolderIsNotFound)
 {
-    FSSpec spec;
+    FSSpec location;
     int16_t ref = -1;
-    ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath("absent.mov").c_str(), &spec, 0));
-    EXPECT_EQ(fnfErr, OpenMovieFile(&spec, &ref, fsRdPerm));
-    ASSERT_EQ(noErr, NativePathNameToFSSpec(TESSALY_QT_MEDIA_DIR, &spec, 0));
-    EXPECT_EQ(fnfErr, OpenMovieFile(&spec, &ref, fsRdPerm));
-    EXPECT_EQ(paramErr, NativePathNameToFSSpec("", &spec, 0));
-    EXPECT_EQ(paramErr, NativePathNameToFSSpec(std::string(300, 'a').c_str(), &spec, 0));
+    ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath("absent.mov").c_str(), &location, 0));
+    EXPECT_EQ(fnfErr, OpenMovieFile(&location, &ref, fsRdPerm));
+    ASSERT_EQ(noErr, NativePathNameToFSSpec(TESSALY_QT_MEDIA_DIR, &location, 0));
+    EXPECT_EQ(fnfErr, OpenMovieFile(&location, &ref, fsRdPerm));
+    EXPECT_EQ(paramErr, NativePathNameToFSSpec("", &location, 0));
+    EXPECT_EQ(paramErr, NativePathNameToFSSpec(std::string(300, 'a').c_str(), &location, 0));
 }
 
 } // namespace
