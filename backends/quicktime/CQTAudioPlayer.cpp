@@ -413,45 +413,6 @@ HRESULT CQTAudioPlayer::CloseFile()
     return S_OK;
 }
 
-HRESULT CQTAudioPlayer::GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
-                                    DWORD* pdwHeight, BOOL* pbPicture)
-{
-    const HRESULT hr = CheckQuickTime(true);
-    if (FAILED(hr))
-        return hr;
-    return m_pQT->GetFileInfo(pbAudioOnly, pdDuration, pbSeekable, pdwWidth, pdwHeight, pbPicture);
-}
-
-HRESULT CQTAudioPlayer::Play()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Play();
-}
-
-HRESULT CQTAudioPlayer::Pause()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Pause();
-}
-
-HRESULT CQTAudioPlayer::Resume()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Resume();
-}
-
-HRESULT CQTAudioPlayer::Stop()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Stop();
-}
-
-HRESULT CQTAudioPlayer::SetCurTime(double dSeconds)
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->SetCurTime(dSeconds);
-}
-
 // A change is stored and laid out, and still answered with E_FAIL, as by the video back-end.
 HRESULT CQTAudioPlayer::SetPlaybackFlags(DWORD dwPlaybackFlags)
 {
@@ -471,14 +432,3 @@ HRESULT CQTAudioPlayer::SetPlaybackFlags(DWORD dwPlaybackFlags)
     return E_FAIL;
 }
 
-HRESULT CQTAudioPlayer::GetCurTime(double* pdSeconds)
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->GetCurTime(pdSeconds);
-}
-
-void CQTAudioPlayer::SetEventHandlerWindow(HWND hWnd)
-{
-    if (m_pQT)
-        m_pQT->SetNotifyWindow(hWnd);
-}

@@ -8,8 +8,7 @@
 
 #include <memory>
 
-#include "backends/quicktime/CQuickTime.h"
-#include "base/CPlayerBase.h"
+#include "backends/quicktime/CQTBackEnd.h"
 
 class CQTAudioPlayer;
 
@@ -25,7 +24,7 @@ extern volatile LONG g_bQTAudioDone;     // the worker has left its loop
 extern HANDLE g_hQTAudioReady;           // manual reset: the worker's window and port are ready
 extern QTAudioThreadArgs g_QTAudioThreadArgs;
 
-class CQTAudioPlayer : public CPlayerBase
+class CQTAudioPlayer : public CQTBackEnd
 {
 public:
     CQTAudioPlayer();
@@ -37,16 +36,7 @@ public:
     HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override;
     HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
     HRESULT CloseFile() override;
-    HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
-                        DWORD* pdwHeight, BOOL* pbPicture) override;
-    HRESULT Play() override;
-    HRESULT Pause() override;
-    HRESULT Resume() override;
-    HRESULT Stop() override;
-    HRESULT SetCurTime(double dSeconds) override;
     HRESULT SetPlaybackFlags(DWORD dwPlaybackFlags) override;
-    HRESULT GetCurTime(double* pdSeconds) override;
-    void SetEventHandlerWindow(HWND hWnd) override;
 
     // Longest wait for the worker to get ready or to end; a stuck worker fails the call instead
     // of hanging the host.
@@ -58,7 +48,7 @@ protected:
         void operator()(HANDLE h) const { CloseHandle(h); }
     };
 
-    HRESULT CheckQuickTime(bool bNeedsMovieObject) const;
+    HRESULT CheckQuickTime(bool bNeedsMovieObject) const override;
     HRESULT InitVideoWindow();
     bool StartWorker(HWND hWndParent);
     // False when the worker did not end in time.
@@ -66,7 +56,6 @@ protected:
     // Attaches (the handler window) or detaches (null) the port in the worker thread.
     void SendAttachPort(HWND hWnd) const;
 
-    std::unique_ptr<CQuickTime> m_pQT;
     HWND m_hBackgroundWnd = nullptr;
     RECT m_rcParent = {0, 0, 0, 0};
     DWORD m_dwThreadId = 0;

@@ -229,45 +229,6 @@ HRESULT CQTPlayer::CloseFile()
     return S_OK;
 }
 
-HRESULT CQTPlayer::GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
-                               DWORD* pdwHeight, BOOL* pbPicture)
-{
-    const HRESULT hr = CheckQuickTime(true);
-    if (FAILED(hr))
-        return hr;
-    return m_pQT->GetFileInfo(pbAudioOnly, pdDuration, pbSeekable, pdwWidth, pdwHeight, pbPicture);
-}
-
-HRESULT CQTPlayer::Play()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Play();
-}
-
-HRESULT CQTPlayer::Pause()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Pause();
-}
-
-HRESULT CQTPlayer::Resume()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Resume();
-}
-
-HRESULT CQTPlayer::Stop()
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->Stop();
-}
-
-HRESULT CQTPlayer::SetCurTime(double dSeconds)
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->SetCurTime(dSeconds);
-}
-
 // A change is stored and laid out, and still answered with E_FAIL: hosts have always been told so.
 HRESULT CQTPlayer::SetPlaybackFlags(DWORD dwPlaybackFlags)
 {
@@ -285,18 +246,6 @@ HRESULT CQTPlayer::SetPlaybackFlags(DWORD dwPlaybackFlags)
         InitVideoWindow();
     TESSALY_TRACE("S:CQTPlayer::SetPlaybackFlags> dwPlaybackFlags = 0x%.8x", static_cast<unsigned>(dwPlaybackFlags));
     return E_FAIL;
-}
-
-HRESULT CQTPlayer::GetCurTime(double* pdSeconds)
-{
-    const HRESULT hr = CheckQuickTime(true);
-    return FAILED(hr) ? hr : m_pQT->GetCurTime(pdSeconds);
-}
-
-void CQTPlayer::SetEventHandlerWindow(HWND hWnd)
-{
-    if (m_pQT)
-        m_pQT->SetNotifyWindow(hWnd);
 }
 
 LRESULT CALLBACK CQTPlayer::StaticWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)

@@ -7,10 +7,9 @@
 
 #include <memory>
 
-#include "backends/quicktime/CQuickTime.h"
-#include "base/CPlayerBase.h"
+#include "backends/quicktime/CQTBackEnd.h"
 
-class CQTPlayer : public CPlayerBase
+class CQTPlayer : public CQTBackEnd
 {
 public:
     CQTPlayer();
@@ -22,26 +21,15 @@ public:
     HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override;
     HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override;
     HRESULT CloseFile() override;
-    HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
-                        DWORD* pdwHeight, BOOL* pbPicture) override;
-    HRESULT Play() override;
-    HRESULT Pause() override;
-    HRESULT Resume() override;
-    HRESULT Stop() override;
-    HRESULT SetCurTime(double dSeconds) override;
     HRESULT SetPlaybackFlags(DWORD dwPlaybackFlags) override;
-    HRESULT GetCurTime(double* pdSeconds) override;
-    void SetEventHandlerWindow(HWND hWnd) override;
 
     // Opens pwszFile in qt through its ANSI short path.
     static HRESULT OpenMovieByShortPath(CQuickTime& qt, LPCWSTR pwszFile, DWORD dwOpenFlags);
 
 protected:
-    // S_OK when QuickTime is started and recent enough and, where asked for, the movie object exists.
-    HRESULT CheckQuickTime(bool bNeedsMovieObject) const;
+    HRESULT CheckQuickTime(bool bNeedsMovieObject) const override;
     HRESULT InitVideoWindow();
 
-    std::unique_ptr<CQuickTime> m_pQT;
     HWND m_hBackgroundWnd = nullptr;
     HWND m_hVideoWnd = nullptr;
     RECT m_rcParent = {0, 0, 0, 0};
