@@ -67,7 +67,7 @@ xvfb-run -a -n $((100 + RANDOM % 800)) -s "-screen 0 1280x1024x24 -nolisten tcp"
     ./wine-run --wineserver -p
     echo "== tests of $dir"
     # A case that fails or runs out of time is run once more, and every such case is named at the
-    # end. The platform alone fails about one case run in five thousand: Wine GStreamer
+    # end. The platform alone fails about one case run in four thousand: Wine GStreamer
     # stopping the process inside the Media Player control open on a busy machine, a bare render
     # that leaves a stream out, a test process ending before its first line (see README). No
     # apostrophes here: this block is one single-quoted string.

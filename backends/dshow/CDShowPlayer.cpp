@@ -114,6 +114,10 @@ HRESULT CDShowPlayer::OpenInterfaces()
 void CDShowPlayer::CloseInterfaces()
 {
     TESSALY_TRACE("S:CDShowPlayer::CloseInterfaces>");
+    // Stopped before anything is taken from it: its streaming threads end while the graph is still
+    // whole, not inside its final release after its window and notifications are gone.
+    if (m_pMC && FAILED(m_pMC->Stop()))
+        TESSALY_TRACE("E:CDShowPlayer::CloseInterfaces> m_pMC->Stop Failed");
     if (m_pVideoWindow)
     {
         if (FAILED(m_pVideoWindow->put_Visible(OAFALSE)))
