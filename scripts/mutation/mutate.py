@@ -11,7 +11,12 @@ Faults are applied in a git worktree of HEAD under build/mutation/, so the worki
 touched; the worktree's x86_64 Debug build is incremental from one fault to the next.
 
     python3 scripts/mutation/mutate.py --check            # every fault applies exactly once
-    python3 scripts/mutation/mutate.py [ID...] [-R REGEX]  # run (all faults, or those named)
+    python3 scripts/mutation/mutate.py [ID...] [-R REGEX] [--out FILE]
+                                                          # run (all faults, or those named)
+A case that fails is run once more before the fault counts as caught, since the platform fails a
+few cases of a loaded machine on its own; the first case that fails for good ends the fault's run.
+With --out, each verdict is appended to FILE as it comes and faults already there are skipped, so
+a run cut short goes on where it stopped.
 """
 import argparse
 import os
@@ -60,8 +65,13 @@ def main():
     parser.add_argument("ids", nargs="*")
     parser.add_argument("--check", action="store_true")
     parser.add_argument("-R", dest="regex", help="only the ctest cases matching this")
+    parser.add_argument("--out", help="append verdicts here; skip the faults it already has")
     args = parser.parse_args()
     faults = [f for f in read_faults() if not args.ids or f["id"] in args.ids]
+    done = set()
+    if args.out and os.path.exists(args.out):
+        with open(args.out, encoding="utf-8") as f:
+            done = {line.split()[0] for line in f if line.strip() and not line.startswith("#")}
 
     if args.check:
         bad = 0
@@ -83,10 +93,12 @@ def main():
     subprocess.check_call(["git", "checkout", "--detach", "--force", "HEAD"], cwd=tree)
     env_build = ("root=%s; source %s/scripts/build.sh && tessaly_build x86_64 Debug %s" % (tree, tree, build))
     ctest = "cd %s && ./wine-run cmd /c exit >/dev/null 2>&1; ./wine-run --wineserver -p; " \
-            "ctest -j $(nproc) %s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (
+            "ctest -j $(nproc) --repeat until-pass:2 --stop-on-failure %s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (
                 build, ("-R '%s'" % args.regex) if args.regex else "")
     results = []
     for fault in faults:
+        if fault["id"] in done:
+            continue
         applied, error = apply(fault, tree)
         if error:
             results.append((fault["id"], "not applied: " + error, 0))
@@ -105,7 +117,11 @@ def main():
         with open(path, "w", encoding="utf-8") as f:
             f.write(text)
         results.append((fault["id"], verdict, time.time() - start))
-        print("%-28s %-24s %5.0f s" % results[-1], flush=True)
+        line = "%-34s %-24s %5.0f s" % results[-1]
+        print(line, flush=True)
+        if args.out:
+            with open(args.out, "a", encoding="utf-8") as out:
+                out.write(line + "\n")
     caught = sum(1 for r in results if r[1].startswith("caught"))
     print("%d of %d faults caught; log: %s" % (caught, len(results), log))
     return 0
