@@ -66,6 +66,7 @@ def main():
     parser.add_argument("--check", action="store_true")
     parser.add_argument("-R", dest="regex", help="only the ctest cases matching this")
     parser.add_argument("--out", help="append verdicts here; skip the faults it already has")
+    parser.add_argument("-j", dest="jobs", type=int, default=os.cpu_count() or 1, help="test cases at once")
     args = parser.parse_args()
     faults = [f for f in read_faults() if not args.ids or f["id"] in args.ids]
     done = set()
@@ -93,8 +94,8 @@ def main():
     subprocess.check_call(["git", "checkout", "--detach", "--force", "HEAD"], cwd=tree)
     env_build = ("root=%s; source %s/scripts/build.sh && tessaly_build x86_64 Debug %s" % (tree, tree, build))
     ctest = "cd %s && ./wine-run cmd /c exit >/dev/null 2>&1; ./wine-run --wineserver -p; " \
-            "ctest -j $(nproc) --repeat until-pass:2 --stop-on-failure %s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (
-                build, ("-R '%s'" % args.regex) if args.regex else "")
+            "ctest -j %d --repeat until-pass:2 --stop-on-failure %s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (
+                build, args.jobs, ("-R '%s'" % args.regex) if args.regex else "")
     results = []
     for fault in faults:
         if fault["id"] in done:
