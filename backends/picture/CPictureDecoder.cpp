@@ -8,7 +8,7 @@
 #include "engine/ComPtr.h"
 
 using Gdiplus::Bitmap;
-using Gdiplus::Graphics;
+using Gdiplus::Image;
 
 namespace {
 
@@ -43,7 +43,7 @@ BYTE* CPictureDecoder::ReadFileToMemory(LPCWSTR pwszFile, DWORD* pdwSize)
 
 // The stream owns a copy of the bytes (its block is freed on its last release), so the
 // decoder may keep reading from it after the caller frees its own buffer.
-Bitmap* CPictureDecoder::CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize, Gdiplus::Status* pStatus)
+Image* CPictureDecoder::CreateImageFromMemory(const BYTE* pBytes, DWORD dwSize, Gdiplus::Status* pStatus)
 {
     *pStatus = Gdiplus::OutOfMemory;
     HGLOBAL hMem = GlobalAlloc(GMEM_MOVEABLE, dwSize);
@@ -69,40 +69,33 @@ Bitmap* CPictureDecoder::CreateBitmapFromMemory(const BYTE* pBytes, DWORD dwSize
     *pStatus = pBitmap->GetLastStatus();
     if (*pStatus != Gdiplus::Ok)
     {
-        if (Bitmap* pDrawn = DrawMetafile(pStream.Get()))
+        if (Gdiplus::Metafile* pMetafile = LoadMetafile(pStream.Get()))
         {
             delete pBitmap;
-            pBitmap = pDrawn;
             *pStatus = Gdiplus::Ok;
+            return pMetafile;
         }
     }
     return pBitmap;
 }
 
 // Windows' GDI+ makes a bitmap of a metafile by playing it; some platforms' GDI+ refuses a
-// metafile as a bitmap but can still play it, so it is played here into one of its own size.
-Bitmap* CPictureDecoder::DrawMetafile(IStream* pStream)
+// metafile as a bitmap but loads it as a metafile. It is kept as drawing commands: played at
+// the size it is shown it is sharper, and far cheaper than a bitmap of its own size scaled up.
+Gdiplus::Metafile* CPictureDecoder::LoadMetafile(IStream* pStream)
 {
     const LARGE_INTEGER start = {};
     if (FAILED(pStream->Seek(start, STREAM_SEEK_SET, nullptr)))
         return nullptr;
-    Gdiplus::Metafile metafile(pStream);
-    const INT nWidth = static_cast<INT>(metafile.GetWidth());
-    const INT nHeight = static_cast<INT>(metafile.GetHeight());
-    if (metafile.GetLastStatus() != Gdiplus::Ok || nWidth < 1 || nHeight < 1)
+    std::unique_ptr<Gdiplus::Metafile> pMetafile(new Gdiplus::Metafile(pStream));
+    if (pMetafile->GetLastStatus() != Gdiplus::Ok || pMetafile->GetWidth() < 1 || pMetafile->GetHeight() < 1)
         return nullptr;
-    std::unique_ptr<Bitmap> pBitmap(new Bitmap(nWidth, nHeight, PixelFormat32bppARGB));
-    if (pBitmap->GetLastStatus() != Gdiplus::Ok)
-        return nullptr;
-    Graphics canvas(pBitmap.get());
-    if (canvas.DrawImage(&metafile, 0, 0, nWidth, nHeight) != Gdiplus::Ok)
-        return nullptr;
-    return pBitmap.release();
+    return pMetafile.release();
 }
 
 // Turns the picture upright by its orientation tag; a picture without one (the lookup fails
 // and leaves a failure status) is used as stored.
-void CPictureDecoder::ApplyOrientation(Bitmap* pImage)
+void CPictureDecoder::ApplyOrientation(Image* pImage)
 {
     const UINT cbItem = pImage->GetPropertyItemSize(kOrientationTag);
     void* pItem = cbItem ? CoTaskMemAlloc(cbItem) : nullptr;

@@ -1,4 +1,5 @@
-// One picture the viewer holds: the decoded image and where it goes in the window.
+// One picture the viewer holds: the decoded image (a bitmap, or a metafile kept as drawing
+// commands) and where it goes in the window.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +10,7 @@
 
 struct PictureSlot
 {
-    std::unique_ptr<Gdiplus::Bitmap> pImage;
+    std::unique_ptr<Gdiplus::Image> pImage;
     Gdiplus::Rect rcDest;
 
     bool HasImage() const { return pImage != nullptr; }
