@@ -75,15 +75,24 @@ declare -A outcome
 count=0
 while IFS= read -r -d '' file; do
   rel=${file#"$corpus"/}
-  start=$(date +%s%N)
-  timeout $limit "$build/wine-run" "$build/hosts/hostile.exe" "$file" >"$build/hostile/out.txt" 2>/dev/null
-  rc=$?
+  # A host process the platform never started (no "host:" line at all: no engine code ran) is
+  # started once more; the second verdict stands, whatever it is.
+  for try in 1 2; do
+    start=$(date +%s%N)
+    timeout $limit "$build/wine-run" "$build/hosts/hostile.exe" "$file" >"$build/hostile/out.txt" 2>"$build/hostile/err.txt"
+    rc=$?
+    ms=$((($(date +%s%N) - start) / 1000000))
+    grep -aq '^host:' "$build/hostile/err.txt" && break
+    [ $try = 1 ] && echo "$rel: the host process did not start (exit $rc after $ms ms); starting it again"
+  done
   line=$(grep -a '^query' "$build/hostile/out.txt" | tr -d '\r')
-  ms=$((($(date +%s%N) - start) / 1000000))
+  reached=$(grep -a '^host:' "$build/hostile/err.txt" | tail -1 | tr -d '\r')
   if [ "$rc" = 124 ]; then
     kind=HANG
+    line="after: ${reached:-nothing}"
   elif [ -z "$line" ]; then
     kind=CRASH
+    line="exit $rc after: ${reached:-nothing}"
   elif [[ $line == *"open 0x00000000"* ]]; then
     kind=opens
   else

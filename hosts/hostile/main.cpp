@@ -66,6 +66,10 @@ int wmain(int argc, wchar_t** argv)
         CStdOut(CStdOut::Error).WriteLine("usage: hostile FILE");
         return 2;
     }
+    // Each step's answer goes to the error stream as it comes, so that a run cut off by a hang or
+    // a crash still shows how far it got, and a run that shows nothing never started at all.
+    const CStdOut progress(CStdOut::Error);
+    progress.WriteLine("host: started");
     std::wstring path = CFullPath::Of(argv[1]);
     CComApartment apartment;
     std::string line;
@@ -81,6 +85,7 @@ int wmain(int argc, wchar_t** argv)
     CStopwatch queryTime;
     hr = query->GetFileInfo(&path[0], &info);
     line += "query " + Code(hr) + " " + std::to_string(queryTime.Ms()) + "ms";
+    progress.WriteLine("host: " + line);
     query.Reset();
 
     HWND hWnd = CreateWindowExW(0, L"STATIC", L"hostile", WS_POPUP, 0, 0, 320, 240, nullptr, nullptr, nullptr, nullptr);
@@ -101,6 +106,7 @@ int wmain(int argc, wchar_t** argv)
     CStopwatch openTime;
     hr = play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, &info);
     line += " | open " + Code(hr) + " " + std::to_string(openTime.Ms()) + "ms";
+    progress.WriteLine("host: " + line);
     if (SUCCEEDED(hr))
     {
         CStopwatch playTime;
@@ -122,6 +128,7 @@ int wmain(int argc, wchar_t** argv)
         else
             line += "progress " + std::to_string(outcome.nProgress);
         line += " " + std::to_string(playTime.Ms()) + "ms";
+        progress.WriteLine("host: " + line);
         CStopwatch closeTime;
         hr = play->CloseFile();
         line += " | close " + Code(hr) + " " + std::to_string(closeTime.Ms()) + "ms";
