@@ -69,6 +69,7 @@ int32_t CASFFileParser::ParseHeader(const CByteView& view)
     m_AudioInfo = ASF_AUDIO_INFO();
     m_StreamInfos.clear();
     m_bContentProtected = false;
+    m_bHeaderOverrun = view.ReadU64(16) > view.Size();
 
     using Handler = void (CASFFileParser::*)(const CByteView&, uint64_t);
     static const struct

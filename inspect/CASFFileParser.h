@@ -38,6 +38,10 @@ public:
     // Whether the last header read declared content protection (an encryption object).
     bool IsContentProtected() const { return m_bContentProtected; }
 
+    // Whether the last header read declares itself longer than the bytes that hold it: a file cut
+    // inside its header, or a size field overwritten with a far larger number.
+    bool HeaderOverrunsFile() const { return m_bHeaderOverrun; }
+
 private:
     // Each handler gets the offset of its object's first byte inside the view.
     void GetFileProperties(const CByteView& view, uint64_t object);
@@ -56,4 +60,5 @@ private:
     uint32_t m_dwMaxBitrate;
     std::map<uint16_t, CStreamInfo> m_StreamInfos;
     bool m_bContentProtected = false;
+    bool m_bHeaderOverrun = false;
 };

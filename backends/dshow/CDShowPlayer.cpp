@@ -9,6 +9,7 @@
 #include "base/CUtility.h"
 #include "base/EngineMessages.h"
 #include "engine/TessalyContract.h"
+#include "inspect/CASFFileParser.h"
 #include "trace/Trace.h"
 
 namespace {
@@ -146,6 +147,14 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
 {
     BOOL bRendered = FALSE;
     CloseInterfaces();
+    // The platform's GStreamer splitter can wait for ever inside RenderFile on an ASF file whose
+    // header claims more bytes than the file holds; such a file never reaches the platform.
+    CASFFileParser header;
+    if (header.Open(pwszFile) == CASFFileParser::kOk && header.HeaderOverrunsFile())
+    {
+        TESSALY_TRACE("E:CDShowPlayer::OpenFile> the ASF header claims more bytes than the file holds");
+        return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+    }
     HRESULT hr = OpenInterfaces();
     if (FAILED(hr))
         return hr;

@@ -47,6 +47,26 @@ TEST(ASFHostileHeader, TooShortOrForeignBytesAreNotAnAsfFile)
     EXPECT_FALSE(idOnly.bAudio);
 }
 
+TEST(ASFHostileHeader, AHeaderLongerThanItsBytesIsReadAsFarAsItGoesAndToldApart)
+{
+    const auto full = Standard().Build();
+    CASFFileParser parser;
+    EXPECT_EQ(CASFFileParser::kOk, CParseProbe(parser, full).hr);
+    EXPECT_FALSE(parser.HeaderOverrunsFile());
+
+    auto claimsMore = full;
+    Builder::PutU64(claimsMore, 16, 0x80000000ull);
+    const CParseProbe huge(parser, claimsMore);
+    EXPECT_EQ(CASFFileParser::kOk, huge.hr);
+    EXPECT_TRUE(huge.bAudio && huge.bVideo);
+    EXPECT_TRUE(parser.HeaderOverrunsFile());
+
+    EXPECT_EQ(CASFFileParser::kOk, CParseProbe(parser, Truncated(full, 100)).hr);
+    EXPECT_TRUE(parser.HeaderOverrunsFile()) << "cut inside the header";
+    EXPECT_EQ(CASFFileParser::kOk, CParseProbe(parser, full).hr);
+    EXPECT_FALSE(parser.HeaderOverrunsFile()) << "each header read sets it again";
+}
+
 TEST(ASFHostileHeader, TruncatedAtEveryLengthReportsExactlyWhatLiesInside)
 {
     const Builder builder = Standard();

@@ -48,6 +48,20 @@ TEST_P(DamagedFile, IsRefusedWithThePlatformsCodeOrEndsWithAnEvent)
     }
 }
 
+// The platform may never return from rendering such a file, so the engine answers for it: the
+// record untouched, nothing open, and the next file opens as usual.
+TEST(DamagedHeader, AnAsfHeaderClaimingMoreThanTheFileHoldsIsInvalidData)
+{
+    CPlaybackHost host;
+    TESSALY_FILEINFO info;
+    memset(&info, 0xCD, sizeof(info));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), host.Open(CTestMedia::Path("huge.wma"), &info));
+    EXPECT_EQ(0xCDCDCDCDu, info.dwAttributeMask);
+    EXPECT_EQ(E_FAIL, host.Player().Play());
+    EXPECT_EQ(S_OK, host.OpenWhole(CTestMedia::Path("tone.wma"), &info));
+    EXPECT_EQ(TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE, info.dwAttributeMask);
+}
+
 std::string FileTestName(const ::testing::TestParamInfo<const char*>& info)
 {
     std::string name = info.param;

@@ -51,6 +51,8 @@ patch wmv9-undecodable.wmv "$fourcc" 'WMV3'
 head -c 30000 clip.wmv >cut.wmv
 head -c 40000 clip.avi >cut.avi
 head -c 3000 tone.mp3 >cut.mp3
+cp tone.wma huge.wma
+patch huge.wma 16 '\x00\x00\x00\x80\x00\x00\x00\x00' # the header object claims 2 GiB
 ff -f lavfi -i "anoisesrc=duration=0.5:seed=7:sample_rate=8000" -f u8 noise.bin
 cp clip.avi noisy.avi
 dd if=noise.bin of=noisy.avi bs=1 seek=20000 conv=notrunc status=none
