@@ -91,7 +91,9 @@ def main():
     os.makedirs(work, exist_ok=True)
     if not os.path.isdir(tree):
         subprocess.check_call(["git", "worktree", "add", "--detach", tree, "HEAD"], cwd=ROOT)
-    subprocess.check_call(["git", "checkout", "--detach", "--force", "HEAD"], cwd=tree)
+    # The project's HEAD, not the worktree's own: the tree follows the commits made since it was added.
+    head = subprocess.check_output(["git", "rev-parse", "--short", "HEAD"], cwd=ROOT, text=True).strip()
+    subprocess.check_call(["git", "checkout", "--detach", "--force", head], cwd=tree)
     env_build = ("root=%s; source %s/scripts/build.sh && tessaly_build x86_64 Debug %s" % (tree, tree, build))
     ctest = "cd %s && ./wine-run cmd /c exit >/dev/null 2>&1; ./wine-run --wineserver -p; " \
             "ctest -j %d --repeat until-pass:2 --stop-on-failure %s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (
@@ -118,7 +120,7 @@ def main():
         with open(path, "w", encoding="utf-8") as f:
             f.write(text)
         results.append((fault["id"], verdict, time.time() - start))
-        line = "%-34s %-24s %5.0f s" % results[-1]
+        line = "%-34s %-24s %5.0f s  %s" % (results[-1] + (head,))
         print(line, flush=True)
         if args.out:
             with open(args.out, "a", encoding="utf-8") as out:
