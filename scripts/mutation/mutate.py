@@ -11,10 +11,14 @@ Faults are applied in a git worktree of HEAD under build/mutation/, so the worki
 touched; the worktree's x86_64 Debug build is incremental from one fault to the next.
 
     python3 scripts/mutation/mutate.py --check            # every fault applies exactly once
-    python3 scripts/mutation/mutate.py [ID...] [-R REGEX] [--out FILE]
+    python3 scripts/mutation/mutate.py [ID...] [-R REGEX] [--out FILE] [--rev REV]
                                                           # run (all faults, or those named)
 A case that fails is run once more before the fault counts as caught, since the platform fails a
 few cases of a loaded machine on its own; the first case that fails for good ends the fault's run.
+The test programs of the faulty file's own folder run first and the rest only if those pass, so a
+verdict is the whole suite's while a caught fault costs only its folder's cases; the verdict line
+names the case that failed. --rev runs against another commit's suite (default: HEAD), so a run
+that takes hours is not moved onto a suite changed under it.
 With --out, each verdict is appended to FILE as it comes and faults already there are skipped, so
 a run cut short goes on where it stopped.
 """
@@ -26,6 +30,25 @@ import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 FAULTS = os.path.join(ROOT, "scripts", "mutation", "faults.txt")
+
+# The test programs that exercise each folder most directly (ctest names start with the program's).
+FIRST = [
+    ("engine/", "engine_tests|server_tests"), ("server/", "server_tests|engine_tests"),
+    ("objects/", "objects_tests|server_tests"), ("base/", "base_tests"),
+    ("dispatch/", "mediaplayer_tests"), ("display/", "display_tests"),
+    ("inspect/", "inspect_tests|dshow_tests"), ("backends/dshow/", "dshow_tests"),
+    ("backends/picture/", "picture_tests"), ("backends/quicktime/", "qt_tests"),
+    ("qtml/", "qtml_tests"), ("backends/wmp/", "wmp_tests"), ("backends/cdda/", "cdda_tests"),
+    ("cdsource/", "cdsource_tests|cdsource_server_tests"), ("cdimage/", "cdimage_tests"),
+    ("hosts/", "hostparts_tests|hostrun_tests"),
+]
+
+
+def first_programs(path):
+    for prefix, programs in FIRST:
+        if path.startswith(prefix):
+            return "^(%s)[.]" % programs
+    return None
 
 
 def read_faults():
@@ -60,12 +83,27 @@ def run(cmd, cwd, log):
         return subprocess.call(cmd, cwd=cwd, stdout=out, stderr=subprocess.STDOUT)
 
 
+def failed_case(log, mark):
+    """The first case ctest lists as failed in what the log gained since mark."""
+    with open(log, encoding="utf-8", errors="replace") as f:
+        f.seek(mark)
+        lines = f.read().split("\n")
+    for i, line in enumerate(lines):
+        if line.startswith("The following tests FAILED:"):
+            for entry in lines[i + 1:]:
+                parts = entry.split(" - ")
+                if len(parts) > 1:
+                    return parts[1].split(" (")[0].strip()
+    return "?"
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("ids", nargs="*")
     parser.add_argument("--check", action="store_true")
     parser.add_argument("-R", dest="regex", help="only the ctest cases matching this")
     parser.add_argument("--out", help="append verdicts here; skip the faults it already has")
+    parser.add_argument("--rev", default="HEAD", help="the commit whose code and suite are run")
     parser.add_argument("-j", dest="jobs", type=int, default=os.cpu_count() or 1, help="test cases at once")
     args = parser.parse_args()
     faults = [f for f in read_faults() if not args.ids or f["id"] in args.ids]
@@ -91,13 +129,15 @@ def main():
     os.makedirs(work, exist_ok=True)
     if not os.path.isdir(tree):
         subprocess.check_call(["git", "worktree", "add", "--detach", tree, "HEAD"], cwd=ROOT)
-    # The project's HEAD, not the worktree's own: the tree follows the commits made since it was added.
-    head = subprocess.check_output(["git", "rev-parse", "--short", "HEAD"], cwd=ROOT, text=True).strip()
+    # The project's revision, not the worktree's own: the tree follows the commits made since it was added.
+    head = subprocess.check_output(["git", "rev-parse", "--short", args.rev], cwd=ROOT, text=True).strip()
     subprocess.check_call(["git", "checkout", "--detach", "--force", head], cwd=tree)
     env_build = ("root=%s; source %s/scripts/build.sh && tessaly_build x86_64 Debug %s" % (tree, tree, build))
-    ctest = "cd %s && ./wine-run cmd /c exit >/dev/null 2>&1; ./wine-run --wineserver -p; " \
-            "ctest -j %d --repeat until-pass:2 --stop-on-failure %s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (
-                build, args.jobs, ("-R '%s'" % args.regex) if args.regex else "")
+    ctest = "ctest -j %d --repeat until-pass:2 --stop-on-failure" % args.jobs
+    if args.regex:
+        ctest += " -R '%s'" % args.regex
+    session = "cd %s && ./wine-run cmd /c exit >/dev/null 2>&1; ./wine-run --wineserver -p; " \
+              "%s; rc=$?; ./wine-run --wineserver -k; exit $rc" % (build, "%s")
     results = []
     for fault in faults:
         if fault["id"] in done:
@@ -112,15 +152,24 @@ def main():
         start = time.time()
         with open(log, "a") as out:
             out.write("\n==== %s\n" % fault["id"])
+        failed = ""
         if run(["bash", "-c", env_build], tree, log) != 0:
             verdict = "caught (does not build)"
         else:
-            rc = run(["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24", "bash", "-c", ctest], build, log)
+            first = first_programs(fault["file"])
+            steps = ["%s -R '%s'" % (ctest, first), "%s -E '%s'" % (ctest, first)] if first and not args.regex else [ctest]
+            rc = 0
+            for step in steps:
+                mark = os.path.getsize(log)
+                rc = run(["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24", "bash", "-c", session % step], build, log)
+                if rc != 0:
+                    failed = failed_case(log, mark)
+                    break
             verdict = "caught" if rc != 0 else "MISSED"
         with open(path, "w", encoding="utf-8") as f:
             f.write(text)
         results.append((fault["id"], verdict, time.time() - start))
-        line = "%-34s %-24s %5.0f s  %s" % (results[-1] + (head,))
+        line = "%-34s %-24s %5.0f s  %s  %s" % (results[-1] + (head, failed))
         print(line, flush=True)
         if args.out:
             with open(args.out, "a", encoding="utf-8") as out:
