@@ -312,6 +312,23 @@ TEST_F(CDAudioSource, SeekingOrStoppingWhileDeliveryWaitsForABufferReturnsAtOnce
     EXPECT_LT(GetTickCount() - dwStart, 2000u);
 }
 
+// Of the tracks a disc has, only a range it has whole, first to last, is selected; a refusal
+// keeps the range before.
+TEST(TrackRange, SelectsOnlyARangeOfTracksTheDiscHas)
+{
+    std::vector<CCDReader::Track> tracks(3);
+    for (int i = 0; i < 3; ++i)
+        tracks[size_t(i)] = {i + 1, i != 1, 100u * unsigned(i), 75u + unsigned(i)};
+    const struct { int nFirst, nLast; HRESULT hr; uint32_t ulSectors; } cases[] = {
+        {1, 3, S_OK, 228}, {2, 2, S_OK, 76}, {3, 2, kNotFound, 76}, {0, 1, kNotFound, 76}, {3, 4, kNotFound, 76}};
+    CTrackRange range;
+    for (const auto& c : cases)
+    {
+        EXPECT_EQ(c.hr, range.Select(tracks, c.nFirst, c.nLast)) << c.nFirst << "-" << c.nLast;
+        EXPECT_EQ(c.ulSectors, range.Sectors());
+    }
+}
+
 // Connected to the DirectSound renderer as the engine connects it: stopped while the renderer
 // holds a sample in Receive, played to completion, and aborted by a read fault.
 TEST_F(CDAudioSource, PlaysInARealGraphToCompletionAndAbortsOnAReadFault)

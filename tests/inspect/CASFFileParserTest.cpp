@@ -61,9 +61,9 @@ TEST(ASFHeader, ReportsTheFieldsOfTheLastStreamOfEachKindAndCopesWithDamage)
     // The audio object's size steps the walk by its low 32 bits; a step that lands nowhere ends it.
     const Builder standard = Standard();
     const uint64_t real = standard.ChildSize(kAudio), sizeAt = standard.ChildOffset(kAudio) + 16;
-    for (uint64_t size : {real, 0x100000000ULL + real, 0xFFFFFFFF00000000ULL + real})
+    for (uint64_t size : std::vector<uint64_t>{real, 0x100000000ULL + real, 0xFFFFFFFF00000000ULL + real})
         cases.push_back({"size " + std::to_string(size), Put(standard.Build(), sizeAt, size, 8), kStandardVideo, kStereoText});
-    for (uint64_t size : {0ULL, 8ULL, standard.Build().size() + 1ULL, 0xFFFFFFF0ULL, 0xFFFFFFFFULL, UINT64_MAX})
+    for (uint64_t size : std::vector<uint64_t>{0, 8, standard.Build().size() + 1, 0xFFFFFFF0, 0xFFFFFFFF, UINT64_MAX})
         cases.push_back({"size " + std::to_string(size), Put(standard.Build(), sizeAt, size, 8), "none", kStereoText});
     // The object count bounds the walk as a signed number.
     for (const auto& c : {std::make_pair(1000u, 2), std::make_pair(0x7FFFFFFFu, 2), std::make_pair(2u, 1), std::make_pair(1u, 0),
@@ -94,6 +94,8 @@ TEST(ASFHeader, ReportsTheFieldsOfTheLastStreamOfEachKindAndCopesWithDamage)
     Builder::AudioFormat format = kStereo;
     format.cbSize = 0xFFFF;
     cases.push_back({"cbSize", Builder().AudioStream(1, format).Build(false), "none", kStereoText});
+    const Builder twice = Builder().VideoStream(5, 8, 8, 24, "WMV3").StreamBitrates({{5, 250000}, {5, 1}});
+    cases.push_back({"one of two records", Put(twice.Build(), twice.ChildOffset(1) + 24, 1, 2), "WMV3 8x8x24 0s 0fps 0 250000bps", "none"});
     for (uint16_t flags : {0x0002, 0x0080})
     {
         const Builder records = Builder().VideoStream(flags, 8, 8, 24, "WMV3").StreamBitrates({{flags, 600000}});
