@@ -22,10 +22,9 @@ Builder Standard()
 const std::string kStandardVideo = "WMV3 320x240x24 5s 25fps 400000 500000bps";
 
 // The bytes with a little-endian field of cb bytes overwritten.
-std::vector<uint8_t> Put(std::vector<uint8_t> bytes, size_t offset, uint64_t value, int cb)
+std::vector<uint8_t> Put(std::vector<uint8_t> bytes, size_t offset, uint64_t value, size_t cb)
 {
-    for (int i = 0; i < cb; ++i)
-        bytes.at(offset + size_t(i)) = static_cast<uint8_t>(value >> (8 * i));
+    Builder::PutU64(bytes, offset, value, cb);
     return bytes;
 }
 
@@ -177,23 +176,22 @@ TEST(ASFHeader, EachParseStartsAfreshUnlessTheFileIsRejected)
     EXPECT_FALSE(parser.HeaderOverrunsFile() || parser.IsContentProtected());
 }
 
-// The bounded reader under the parser: little-endian, zeros past the end, and a high-water mark.
+// The bounded reader under the parser (and the fuzzer's oracle): little-endian, zeros past the
+// end, and a high-water mark of how far anything looked.
 TEST(ASFHeader, ByteViewReadsZerosPastTheEndAndMarksHowFarItLooked)
 {
     const CGuardedBuffer bytes({0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09});
     const CByteView view(bytes.Data(), bytes.Size());
+    const uint8_t tail[] = {0x08, 0x09, 0x00, 0x00};
     EXPECT_EQ(0x05040302u, view.ReadU32(1));
-    EXPECT_EQ(5u, view.HighWaterMark());
     EXPECT_EQ(0x0201u, view.ReadU16(0));
     EXPECT_EQ(5u, view.HighWaterMark());
     EXPECT_EQ(0x09080706ULL, view.ReadU64(5));  // straddles the end
-    EXPECT_EQ(9u, view.HighWaterMark());
     EXPECT_EQ(0u, view.ReadU64(UINT64_MAX - 3));  // no wrap back to the start
-    const uint8_t tail[] = {0x08, 0x09, 0x00, 0x00};
+    EXPECT_EQ(9u, view.HighWaterMark());
     EXPECT_TRUE(view.Equals(7, tail, sizeof(tail)) && !view.Equals(6, tail, sizeof(tail)));
     EXPECT_TRUE(view.Contains(0, 9) && view.Contains(9, 0) && !view.Contains(1, 9) && !view.Contains(10, 0));
-    EXPECT_FALSE(view.Contains(1, UINT64_MAX));
-    EXPECT_FALSE(CByteView(nullptr, 100).Contains(0, 1));
+    EXPECT_FALSE(view.Contains(1, UINT64_MAX) || CByteView(nullptr, 100).Contains(0, 1));
 }
 
 } // namespace

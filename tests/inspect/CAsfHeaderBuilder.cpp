@@ -1,7 +1,6 @@
 #include "CAsfHeaderBuilder.h"
 
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
 
 namespace {
@@ -67,8 +66,7 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::FileProperties(uint64_t playDuration100ns,
     w.Guid(kUnknown).U64(0x12345).U64(0).U64(10);  // file ID, file size, creation date, packets
     w.U64(playDuration100ns).U64(playDuration100ns).U64(prerollMs);  // play, send, preroll
     w.U32(2).U32(3200).U32(3200).U32(maxBitrate);  // flags, packet sizes, maximum bitrate
-    m_children.push_back(Object(kFileProperties, w.bytes));
-    return *this;
+    return Add(Object(kFileProperties, w.bytes));
 }
 
 CAsfHeaderBuilder& CAsfHeaderBuilder::AudioStream(uint16_t flags, const AudioFormat& f, const std::vector<uint8_t>& extra)
@@ -76,8 +74,7 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::AudioStream(uint16_t flags, const AudioFor
     Writer wfx;
     wfx.U16(f.wFormatTag).U16(f.nChannels).U32(f.nSamplesPerSec).U32(f.nAvgBytesPerSec);
     wfx.U16(f.nBlockAlign).U16(f.wBitsPerSample).U16(f.cbSize).Append(extra);
-    m_children.push_back(StreamProperties(kAudioMedia, flags, wfx.bytes));
-    return *this;
+    return Add(StreamProperties(kAudioMedia, flags, wfx.bytes));
 }
 
 CAsfHeaderBuilder& CAsfHeaderBuilder::VideoStream(uint16_t flags, int32_t width, int32_t height, uint16_t bitCount,
@@ -90,8 +87,7 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::VideoStream(uint16_t flags, int32_t width,
     for (int i = 0; i < 4; ++i)
         v.U8(static_cast<uint8_t>(fourCC[i]));
     v.Append(std::vector<uint8_t>(20, 0));  // image size, resolution, colours
-    m_children.push_back(StreamProperties(kVideoMedia, flags, v.bytes));
-    return *this;
+    return Add(StreamProperties(kVideoMedia, flags, v.bytes));
 }
 
 CAsfHeaderBuilder& CAsfHeaderBuilder::HeaderExtension(const std::vector<ExtendedStream>& streams)
@@ -107,8 +103,7 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::HeaderExtension(const std::vector<Extended
     }
     Writer w;
     w.Guid(kReserved1).U16(6).U32(static_cast<uint32_t>(inner.bytes.size())).Append(inner.bytes);
-    m_children.push_back(Object(kHeaderExtension, w.bytes));
-    return *this;
+    return Add(Object(kHeaderExtension, w.bytes));
 }
 
 CAsfHeaderBuilder& CAsfHeaderBuilder::StreamBitrates(const std::vector<std::pair<uint16_t, uint32_t>>& records)
@@ -117,22 +112,14 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::StreamBitrates(const std::vector<std::pair
     w.U16(static_cast<uint16_t>(records.size()));
     for (const auto& r : records)
         w.U16(r.first).U32(r.second);
-    m_children.push_back(Object(kStreamBitrateProperties, w.bytes));
-    return *this;
+    return Add(Object(kStreamBitrateProperties, w.bytes));
 }
 
-CAsfHeaderBuilder& CAsfHeaderBuilder::ContentDescription()
+CAsfHeaderBuilder& CAsfHeaderBuilder::ContentDescription()  // a title "T", nothing else
 {
-    // A title "T", nothing else.
-    m_children.push_back(Object(kContentDescription, Writer().U16(4).U16(0).U16(0).U16(0).U16(0).U16('T').U16(0).bytes));
-    return *this;
+    return Add(Object(kContentDescription, Writer().U16(4).U16(0).U16(0).U16(0).U16(0).U16('T').U16(0).bytes));
 }
-
-CAsfHeaderBuilder& CAsfHeaderBuilder::ExtendedContentDescription()
-{
-    m_children.push_back(Object(kExtendedContentDescription, Writer().U16(0).bytes));
-    return *this;
-}
+CAsfHeaderBuilder& CAsfHeaderBuilder::ExtendedContentDescription() { return Add(Object(kExtendedContentDescription, Writer().U16(0).bytes)); }
 
 std::vector<uint8_t> CAsfHeaderBuilder::EncryptionObject(bool bExtended)
 {
@@ -144,17 +131,8 @@ std::vector<uint8_t> CAsfHeaderBuilder::EncryptionObject(bool bExtended)
     return Object(kContentEncryption, w.bytes);
 }
 
-CAsfHeaderBuilder& CAsfHeaderBuilder::ContentEncryption(bool bExtended)
-{
-    m_children.push_back(EncryptionObject(bExtended));
-    return *this;
-}
-
-CAsfHeaderBuilder& CAsfHeaderBuilder::UnknownObject(size_t cbBody)
-{
-    m_children.push_back(Object(kUnknown, std::vector<uint8_t>(cbBody, 0)));
-    return *this;
-}
+CAsfHeaderBuilder& CAsfHeaderBuilder::ContentEncryption(bool bExtended) { return Add(EncryptionObject(bExtended)); }
+CAsfHeaderBuilder& CAsfHeaderBuilder::UnknownObject(size_t cbBody) { return Add(Object(kUnknown, std::vector<uint8_t>(cbBody, 0))); }
 
 std::vector<uint8_t> CAsfHeaderBuilder::Build(bool bWithDataObject) const
 {
@@ -170,22 +148,16 @@ std::vector<uint8_t> CAsfHeaderBuilder::Build(bool bWithDataObject) const
 
 size_t CAsfHeaderBuilder::ChildOffset(size_t index) const
 {
-    if (index >= m_children.size())
-        throw std::out_of_range("no such child");
     size_t offset = 30;
     for (size_t i = 0; i < index; ++i)
-        offset += m_children[i].size();
+        offset += m_children.at(i).size();
+    m_children.at(index);  // throws for no such child
     return offset;
 }
 
-void CAsfHeaderBuilder::PutU32(std::vector<uint8_t>& bytes, size_t offset, uint32_t value)
+void CAsfHeaderBuilder::PutU32(std::vector<uint8_t>& bytes, size_t offset, uint32_t value) { PutU64(bytes, offset, value, 4); }
+void CAsfHeaderBuilder::PutU64(std::vector<uint8_t>& bytes, size_t offset, uint64_t value, size_t cb)
 {
-    for (size_t i = 0; i < 4; ++i)
-        bytes.at(offset + i) = static_cast<uint8_t>(value >> (8 * i));
-}
-
-void CAsfHeaderBuilder::PutU64(std::vector<uint8_t>& bytes, size_t offset, uint64_t value)
-{
-    for (size_t i = 0; i < 8; ++i)
+    for (size_t i = 0; i < cb; ++i)
         bytes.at(offset + i) = static_cast<uint8_t>(value >> (8 * i));
 }

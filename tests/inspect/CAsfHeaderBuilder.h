@@ -30,8 +30,9 @@ public:
     size_t ChildOffset(size_t index) const;
     size_t ChildSize(size_t index) const { return m_children.at(index).size(); }
     static void PutU32(std::vector<uint8_t>& bytes, size_t offset, uint32_t value);
-    static void PutU64(std::vector<uint8_t>& bytes, size_t offset, uint64_t value);
+    static void PutU64(std::vector<uint8_t>& bytes, size_t offset, uint64_t value, size_t cb = 8);  // or its low cb bytes
 
 private:
+    CAsfHeaderBuilder& Add(std::vector<uint8_t> child) { m_children.push_back(std::move(child)); return *this; }
     std::vector<std::vector<uint8_t>> m_children;
 };
