@@ -6,6 +6,7 @@
 
 #include <dshow.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,9 @@
 class CRecordingPin : public IPin, public IMemInputPin
 {
 public:
-    struct Options
-    {
-        HRESULT hrReceiveConnection = S_OK;
-        bool bMemInput = true;      // answers IMemInputPin
-        bool bKeepSamples = false;  // until a flush or ReleaseSamples
-    };
+    // What ReceiveConnection answers; whether it answers IMemInputPin; whether it keeps samples
+    // until a flush or ReleaseSamples.
+    struct Options { HRESULT hrReceiveConnection = S_OK; bool bMemInput = true; bool bKeepSamples = false; };
     explicit CRecordingPin(const Options& options) : m_options(options)
     {
         InitializeCriticalSection(&m_cs);
@@ -94,10 +92,8 @@ public:
     std::vector<std::string> Calls() const { CScopedLock lock(&m_cs); return m_calls; }
     size_t Count(const std::string& call) const  // the calls that begin with this text
     {
-        size_t n = 0;
-        for (const std::string& each : Calls())
-            n += each.compare(0, call.size(), call) == 0;
-        return n;
+        const std::vector<std::string> calls = Calls();
+        return size_t(std::count_if(calls.begin(), calls.end(), [&](const std::string& each) { return !each.compare(0, call.size(), call); }));
     }
     bool WaitForCall(const std::string& call, size_t nTimes, DWORD dwTimeoutMs = 10000) const
     {
