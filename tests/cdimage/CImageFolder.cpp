@@ -26,10 +26,7 @@ CImageFolder::~CImageFolder()
     fs::remove_all(fs::u8path(m_root), ignored);
 }
 
-std::string CImageFolder::Path(const std::string& relative) const
-{
-    return relative.empty() ? m_root : m_root + "/" + relative;
-}
+std::string CImageFolder::Path(const std::string& relative) const { return relative.empty() ? m_root : m_root + "/" + relative; }
 
 std::string CImageFolder::Write(const std::string& relative, const std::string& bytes) const
 {
@@ -42,5 +39,4 @@ std::string CImageFolder::Write(const std::string& relative, const std::string& 
 }
 
 void CImageFolder::Resize(const std::string& name, uint64_t size) const { fs::resize_file(fs::u8path(Path(name)), size); }
-
 void CImageFolder::Remove(const std::string& name) const { fs::remove(fs::u8path(Path(name))); }

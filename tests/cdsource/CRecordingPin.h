@@ -2,39 +2,46 @@
 // order. It can refuse the connection or lack IMemInputPin, and can keep the samples it takes, as
 // a renderer queues them, so that the source's allocator runs dry.
 #pragma once
-
 #include <windows.h>
 
 #include <dshow.h>
 
-#include <cstdint>
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "cdsource/CScopedLock.h"
 #include "engine/ComPtr.h"
 
 class CRecordingPin : public IPin, public IMemInputPin
 {
 public:
-    struct Options
+    // What ReceiveConnection answers; whether it answers IMemInputPin; whether it keeps samples
+    // until a flush or ReleaseSamples.
+    struct Options { HRESULT hrReceiveConnection = S_OK; bool bMemInput = true; bool bKeepSamples = false; };
+    explicit CRecordingPin(const Options& options) : m_options(options)
     {
-        HRESULT hrReceiveConnection = S_OK;
-        bool bMemInput = true; // answers IMemInputPin
-        bool bKeepSamples = false; // until a flush or ReleaseSamples
-    };
-
-    explicit CRecordingPin(const Options& options);
+        InitializeCriticalSection(&m_cs);
+        CoCreateInstance(CLSID_MemoryAllocator, nullptr, CLSCTX_INPROC_SERVER, IID_IMemAllocator, &m_pOwnAllocator);
+    }
     virtual ~CRecordingPin() { DeleteCriticalSection(&m_cs); }
 
-    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override;
-    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&m_lRef)); }
-    STDMETHODIMP_(ULONG) Release() override;
-
-    STDMETHODIMP Connect(IPin*, const AM_MEDIA_TYPE*) override { return E_UNEXPECTED; }
-    STDMETHODIMP ReceiveConnection(IPin*, const AM_MEDIA_TYPE*) override
+    STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override
     {
-        return Log("ReceiveConnection", m_options.hrReceiveConnection);
+        *ppv = riid == IID_IUnknown || riid == IID_IPin ? static_cast<void*>(static_cast<IPin*>(this))
+             : riid == IID_IMemInputPin && m_options.bMemInput ? static_cast<IMemInputPin*>(this) : nullptr;
+        return *ppv ? (AddRef(), S_OK) : E_NOINTERFACE;
     }
+    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&m_lRef)); }
+    STDMETHODIMP_(ULONG) Release() override
+    {
+        const LONG lRef = InterlockedDecrement(&m_lRef);
+        if (lRef == 0)
+            delete this;
+        return static_cast<ULONG>(lRef);
+    }
+    STDMETHODIMP Connect(IPin*, const AM_MEDIA_TYPE*) override { return E_UNEXPECTED; }
+    STDMETHODIMP ReceiveConnection(IPin*, const AM_MEDIA_TYPE*) override { return Log("ReceiveConnection", m_options.hrReceiveConnection); }
     STDMETHODIMP Disconnect() override { return Log("Disconnect"); }
     STDMETHODIMP ConnectedTo(IPin**) override { return E_NOTIMPL; }
     STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE*) override { return E_NOTIMPL; }
@@ -51,11 +58,9 @@ public:
     {
         return Log("NewSegment " + std::to_string(tStart) + " " + std::to_string(tStop) + (dRate == 1.0 ? "" : " rate?"));
     }
-
     STDMETHODIMP GetAllocator(IMemAllocator** ppAllocator) override
     {
-        *ppAllocator = m_pOwnAllocator.Get();
-        (*ppAllocator)->AddRef();
+        (*ppAllocator = m_pOwnAllocator.Get())->AddRef();
         return Log("GetAllocator");
     }
     STDMETHODIMP NotifyAllocator(IMemAllocator* pAllocator, BOOL) override
@@ -63,26 +68,58 @@ public:
         return Log(pAllocator == m_pOwnAllocator.Get() ? "NotifyAllocator(own)" : "NotifyAllocator(other)");
     }
     STDMETHODIMP GetAllocatorRequirements(ALLOCATOR_PROPERTIES*) override { return E_NOTIMPL; }
-    STDMETHODIMP Receive(IMediaSample* pSample) override;
+    // Logs "Receive <start> <end> <bytes>[ discontinuity]"; refused while flushing, as a renderer does.
+    STDMETHODIMP Receive(IMediaSample* pSample) override
+    {
+        REFERENCE_TIME tStart = -1, tEnd = -1;
+        pSample->GetTime(&tStart, &tEnd);
+        BYTE* pData = nullptr;
+        pSample->GetPointer(&pData);
+        const long cb = pSample->GetActualDataLength();
+        CScopedLock lock(&m_cs);
+        if (m_bFlushing)
+            return S_FALSE;
+        m_calls.push_back("Receive " + std::to_string(tStart) + " " + std::to_string(tEnd) + " " + std::to_string(cb) +
+                          (pSample->IsDiscontinuity() == S_OK ? " discontinuity" : ""));
+        m_bytes.insert(m_bytes.end(), pData, pData + cb);
+        if (m_options.bKeepSamples)
+            m_kept.push_back(ComPtr<IMediaSample>(pSample));
+        return S_OK;
+    }
     STDMETHODIMP ReceiveMultiple(IMediaSample**, long, long*) override { return E_NOTIMPL; }
     STDMETHODIMP ReceiveCanBlock() override { return S_FALSE; }
 
-    // "ReceiveConnection", "GetAllocator", "NotifyAllocator(own)" or "NotifyAllocator(other)",
-    // "NewSegment 0 30000000", "Receive <start> <end> <bytes>[ discontinuity]", "EndOfStream",
-    // "BeginFlush", "EndFlush", "Disconnect".
-    std::vector<std::string> Calls() const;
-    // The calls that begin with this text.
-    size_t Count(const std::string& call) const;
-    bool WaitForCall(const std::string& call, size_t nTimes, DWORD dwTimeoutMs = 10000) const;
-    // What the samples held, end to end.
-    std::vector<uint8_t> Bytes() const;
+    std::vector<std::string> Calls() const { CScopedLock lock(&m_cs); return m_calls; }
+    size_t Count(const std::string& call) const  // the calls that begin with this text
+    {
+        const std::vector<std::string> calls = Calls();
+        return size_t(std::count_if(calls.begin(), calls.end(), [&](const std::string& each) { return !each.compare(0, call.size(), call); }));
+    }
+    bool WaitForCall(const std::string& call, size_t nTimes, DWORD dwTimeoutMs = 10000) const
+    {
+        for (const ULONGLONG start = GetTickCount64(); Count(call) < nTimes && GetTickCount64() - start < dwTimeoutMs;)
+            Sleep(5);
+        return Count(call) >= nTimes;
+    }
+    std::vector<uint8_t> Bytes() const { CScopedLock lock(&m_cs); return m_bytes; }  // what the samples held
     void ReleaseSamples() { Flush(false); }
-    void ClearRecords();
+    void ClearRecords() { CScopedLock lock(&m_cs); m_calls.clear(); m_bytes.clear(); }
     LONG Refs() const { return m_lRef; }
 
 private:
-    HRESULT Log(const std::string& call, HRESULT hr = S_OK);
-    HRESULT Flush(bool bBegin);
+    HRESULT Log(const std::string& call, HRESULT hr = S_OK) { CScopedLock lock(&m_cs); m_calls.push_back(call); return hr; }
+    // A flushed renderer lets go of the samples it queued, which frees the source's buffers; they
+    // are released after the lock, as a release may wake the source.
+    HRESULT Flush(bool bBegin)
+    {
+        std::vector<ComPtr<IMediaSample>> kept;
+        CScopedLock lock(&m_cs);
+        kept.swap(m_kept);
+        if (bBegin != m_bFlushing)
+            m_calls.push_back(bBegin ? "BeginFlush" : "EndFlush");
+        m_bFlushing = bBegin;
+        return S_OK;
+    }
 
     const Options m_options;
     volatile LONG m_lRef = 1;
