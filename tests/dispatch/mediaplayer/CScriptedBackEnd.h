@@ -1,6 +1,6 @@
-// A test back-end: answers every operation as its script says, records each call in the shared
-// log as "<name>.<operation>(<arguments>)", and posts messages to the dispatcher's window as a
-// real back-end does.
+// A test back-end: answers each operation as its script says (S_OK unless scripted), records
+// every call in the shared log as "<name>.<operation>(<arguments>)", and posts messages to the
+// dispatcher's window as a real back-end does.
 #pragma once
 
 #include <windows.h>
@@ -39,34 +39,26 @@ public:
     }
     ~CScriptedBackEnd() override { Record("deleted"); }
 
-    // Every operation not scripted answers S_OK.
     void Script(const std::string& operation, HRESULT hr) { m_results[operation] = hr; }
     FileInfoScript fileInfo;
     double dCurTime = 0.0;
-    bool bWritesCurTime = true;
 
     HWND EventHandlerWindow() const { return this->m_hEventHandlerWnd; }
-    bool PostToDispatcher(UINT uMsg, WPARAM wParam = 0, LPARAM lParam = 0) const
+    bool PostToDispatcher(UINT uMsg, WPARAM wParam = 0) const
     {
-        return PostMessageW(this->m_hEventHandlerWnd, uMsg, wParam, lParam) != FALSE;
+        return PostMessageW(this->m_hEventHandlerWnd, uMsg, wParam, 0) != FALSE;
     }
-    // The six values GetFileInfo found in its outputs on its last call.
-    FileInfoScript seenByGetFileInfo;
 
     HRESULT Init() override
     {
         const HRESULT hr = Answer("Init");
-        if (SUCCEEDED(hr))
-            this->m_bInitialized = true;
+        this->m_bInitialized = this->m_bInitialized || SUCCEEDED(hr);
         return hr;
     }
     void Destroy() override { Record("Destroy"); }
     void Activate() override { Record("Activate"); }
     void Deactivate() override { Record("Deactivate"); }
-    HRESULT SetParentWindow(HWND hWnd) override
-    {
-        return Answer("SetParentWindow", "(" + m_log.WindowName(hWnd) + ")");
-    }
+    HRESULT SetParentWindow(HWND hWnd) override { return Answer("SetParentWindow", "(" + m_log.WindowName(hWnd) + ")"); }
     HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override
     {
         return Answer("SetParentWindowSize", Format("(%lu,%lu)", dwWidth, dwHeight));
@@ -79,7 +71,6 @@ public:
     HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
                         DWORD* pdwHeight, BOOL* pbPicture) override
     {
-        seenByGetFileInfo = {S_OK, true, *pbAudioOnly, *pdDuration, *pbSeekable, *pdwWidth, *pdwHeight, *pbPicture};
         Record("GetFileInfo");
         if (SUCCEEDED(fileInfo.hr) && fileInfo.bWrites)
         {
@@ -97,16 +88,11 @@ public:
     HRESULT Resume() override { return Answer("Resume"); }
     HRESULT Stop() override { return Answer("Stop"); }
     HRESULT SetCurTime(double dSeconds) override { return Answer("SetCurTime", Format("(%g)", dSeconds)); }
-    HRESULT SetPlaybackFlags(DWORD dwFlags) override
-    {
-        return Answer("SetPlaybackFlags", Format("(0x%lx)", dwFlags));
-    }
+    HRESULT SetPlaybackFlags(DWORD dwFlags) override { return Answer("SetPlaybackFlags", Format("(0x%lx)", dwFlags)); }
     HRESULT GetCurTime(double* pdSeconds) override
     {
-        const HRESULT hr = Answer("GetCurTime");
-        if (bWritesCurTime)
-            *pdSeconds = dCurTime;
-        return hr;
+        *pdSeconds = dCurTime;
+        return Answer("GetCurTime");
     }
     void SetEventHandlerWindow(HWND hWnd) override
     {
