@@ -2,14 +2,6 @@
 
 #include <cstdio>
 
-size_t CCallLog::Count(const std::string& prefix) const
-{
-    size_t n = 0;
-    for (const auto& entry : m_entries)
-        n += entry.compare(0, prefix.size(), prefix) == 0;
-    return n;
-}
-
 std::string CCallLog::WindowName(HWND hWnd) const
 {
     if (!hWnd)

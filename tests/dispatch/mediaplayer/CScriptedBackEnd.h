@@ -19,8 +19,7 @@ struct FileInfoScript
     BOOL bAudioOnly = FALSE;
     double dDuration = 0.0;
     BOOL bSeekable = TRUE;
-    DWORD dwWidth = 0;
-    DWORD dwHeight = 0;
+    DWORD dwWidth = 0, dwHeight = 0;
     BOOL bPicture = FALSE;
 };
 
@@ -42,7 +41,6 @@ public:
     void Script(const std::string& operation, HRESULT hr) { m_results[operation] = hr; }
     FileInfoScript fileInfo;
     double dCurTime = 0.0;
-
     HWND EventHandlerWindow() const { return this->m_hEventHandlerWnd; }
     bool PostToDispatcher(UINT uMsg, WPARAM wParam = 0) const
     {
@@ -58,14 +56,11 @@ public:
     void Destroy() override { Record("Destroy"); }
     void Activate() override { Record("Activate"); }
     void Deactivate() override { Record("Deactivate"); }
-    HRESULT SetParentWindow(HWND hWnd) override { return Answer("SetParentWindow", "(" + m_log.WindowName(hWnd) + ")"); }
-    HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override
+    HRESULT SetParentWindow(HWND hWnd) override { return Answer("SetParentWindow", m_log.WindowName(hWnd)); }
+    HRESULT SetParentWindowSize(DWORD dwW, DWORD dwH) override { return Answer("SetParentWindowSize", Format("%lu,%lu", dwW, dwH)); }
+    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwFlags) override
     {
-        return Answer("SetParentWindowSize", Format("(%lu,%lu)", dwWidth, dwHeight));
-    }
-    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override
-    {
-        return Answer("OpenFile", "(" + Narrow(pwszFile) + Format(",%lu,%lu)", dwOpenFlags, dwPlaybackFlags));
+        return Answer("OpenFile", Narrow(pwszFile) + Format(",%lu,%lu", dwOpenFlags, dwFlags));
     }
     HRESULT CloseFile() override { return Answer("CloseFile"); }
     HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
@@ -87,8 +82,8 @@ public:
     HRESULT Pause() override { return Answer("Pause"); }
     HRESULT Resume() override { return Answer("Resume"); }
     HRESULT Stop() override { return Answer("Stop"); }
-    HRESULT SetCurTime(double dSeconds) override { return Answer("SetCurTime", Format("(%g)", dSeconds)); }
-    HRESULT SetPlaybackFlags(DWORD dwFlags) override { return Answer("SetPlaybackFlags", Format("(0x%lx)", dwFlags)); }
+    HRESULT SetCurTime(double dSeconds) override { return Answer("SetCurTime", Format("%g", dSeconds)); }
+    HRESULT SetPlaybackFlags(DWORD dwFlags) override { return Answer("SetPlaybackFlags", Format("0x%lx", dwFlags)); }
     HRESULT GetCurTime(double* pdSeconds) override
     {
         *pdSeconds = dCurTime;
@@ -101,14 +96,15 @@ public:
     }
     HRESULT OnEngineNotify(WPARAM wParam, LPARAM lParam) override
     {
-        return Answer("OnEngineNotify", Format("(%u,%ld)", static_cast<unsigned>(wParam), static_cast<long>(lParam)));
+        return Answer("OnEngineNotify", Format("%u,%ld", static_cast<unsigned>(wParam), static_cast<long>(lParam)));
     }
 
 protected:
     void Record(const std::string& call) { m_log.Add(m_name + "." + call); }
+    // Records "<operation>" or, with arguments, "<operation>(<arguments>)".
     HRESULT Answer(const std::string& operation, const std::string& arguments = "")
     {
-        Record(operation + arguments);
+        Record(arguments.empty() ? operation : operation + "(" + arguments + ")");
         const auto found = m_results.find(operation);
         return found == m_results.end() ? S_OK : found->second;
     }

@@ -27,17 +27,13 @@ using Entries = std::vector<std::string>;
 class CScriptedCDGraph : public CScriptedBackEnd<CDDAGraph>
 {
 public:
-    CScriptedCDGraph(CCallLog& log) : CScriptedBackEnd<CDDAGraph>(log, "CD", nullptr, 0) {}
+    explicit CScriptedCDGraph(CCallLog& log) : CScriptedBackEnd<CDDAGraph>(log, "CD", nullptr, 0) {}
     double dDuration = 0.0;
     HRESULT OpenCD(WCHAR wcDrive, WORD wStart, WORD wEnd) override
     {
-        return Answer("OpenCD", Format("(%c,%u,%u)", static_cast<char>(wcDrive), wStart, wEnd));
+        return Answer("OpenCD", Format("%c,%u,%u", static_cast<char>(wcDrive), wStart, wEnd));
     }
-    HRESULT GetDuration(double* pdDuration) override
-    {
-        *pdDuration = dDuration;
-        return Answer("GetDuration");
-    }
+    HRESULT GetDuration(double* pdDuration) override { return *pdDuration = dDuration, Answer("GetDuration"); }
 };
 
 // Reaches the states and the corner the dispatcher never enters by itself.
@@ -101,12 +97,10 @@ protected:
         auto pTest = static_cast<MediaPlayerTest*>(pContext);
         const char* names[] = {"unknown", "complete", "error", "progress", "track_complete"};
         if (dwEvent == STREAMING_EVENT_PROGRESS)
-        {
             pTest->progress.push_back(*reinterpret_cast<double*>(ulParam));
-            pTest->log.Add(Format("event.progress(%g)", pTest->progress.back()));
-        }
-        else
-            pTest->log.Add(Format("event.%s(0x%lx)", names[dwEvent < 5 ? dwEvent : 0], static_cast<unsigned long>(ulParam)));
+        pTest->log.Add(dwEvent == STREAMING_EVENT_PROGRESS
+                           ? Format("event.progress(%g)", pTest->progress.back())
+                           : Format("event.%s(0x%lx)", names[dwEvent < 5 ? dwEvent : 0], static_cast<unsigned long>(ulParam)));
         return S_OK;
     }
 
