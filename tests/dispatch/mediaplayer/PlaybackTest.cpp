@@ -186,27 +186,25 @@ TEST_F(Playback, AboutTenPositionsASecondWhilePlayingAndNoneOtherwise)
 TEST_F(Playback, OnlyAPositionAnsweredWithSOkIsReportedAndOnlyToACallback)
 {
     ASSERT_EQ(Open(L"a.mp3"), S_OK);
-    HWND hWnd = player->EventWindow();
+    pDS->dCurTime = 2.25;
+    // S_FALSE is how the CD back-end says it has no position; timer 2 is not the progress timer.
     const struct
     {
         HRESULT hr;
         WPARAM timer;
         Entries expected;
-    } cases[] = {{S_OK, 1, {"DS.GetCurTime", "event.progress(2.25)"}},
-                 {E_FAIL, 1, {"DS.GetCurTime"}},
-                 {S_FALSE, 1, {"DS.GetCurTime"}}, // how the CD back-end says it has no position
-                 {S_OK, 2, {}}};                   // another timer of the window
-    pDS->dCurTime = 2.25;
+    } cases[] = {{S_OK, 1, {"DS.GetCurTime", "event.progress(2.25)"}}, {E_FAIL, 1, {"DS.GetCurTime"}},
+                 {S_FALSE, 1, {"DS.GetCurTime"}}, {S_OK, 2, {}}};
     for (const auto& c : cases)
     {
         log.Clear();
         pDS->Script("GetCurTime", c.hr);
-        EXPECT_EQ(SendMessageW(hWnd, WM_TIMER, c.timer, 0), 0);
+        EXPECT_EQ(SendMessageW(player->EventWindow(), WM_TIMER, c.timer, 0), 0);
         EXPECT_EQ(log.Entries(), c.expected) << std::hex << c.hr;
     }
     player->SetEventCallback(nullptr, nullptr);
     log.Clear();
-    SendMessageW(hWnd, WM_TIMER, 1, 0);
+    SendMessageW(player->EventWindow(), WM_TIMER, 1, 0);
     EXPECT_TRUE(log.Entries().empty());
 }
 
@@ -237,18 +235,15 @@ TEST_F(Playback, APictureCountsTimerTicksFromEachStartOrSeek)
 
 TEST_F(Playback, AnEndReportsOnceMoreThenStopsAndCompletesWhileAnErrorLeavesTheStopToTheOwner)
 {
+    const Entries complete = {"DS.GetCurTime", "event.progress(9.5)", "DS.Stop", "event.complete(0x0)"};
+    const Entries error = {"DS.Play", "DS.GetCurTime", "event.progress(9.5)", "event.error(0x80040265)"};
     const struct
     {
         UINT uMsg;
-        Entries tail;
-    } cases[] = {
-        {WM_DSHOW_PLAYBACK_COMPLETE, {"DS.GetCurTime", "event.progress(9.5)", "DS.Stop", "event.complete(0x0)"}},
-        {WM_QT_PLAYBACK_COMPLETE, {"DS.GetCurTime", "event.progress(9.5)", "DS.Stop", "event.complete(0x0)"}},
-        {WM_WMP_PLAYBACK_COMPLETE, {"DS.GetCurTime", "event.progress(9.5)", "DS.Stop", "event.complete(0x0)"}},
-        {WM_CDDA_PLAYBACK_COMPLETE, {"DS.GetCurTime", "event.progress(9.5)", "DS.Stop", "event.complete(0x0)"}},
-        {WM_DSHOW_PLAYBACK_ERROR, {"DS.Play", "DS.GetCurTime", "event.progress(9.5)", "event.error(0x80040265)"}},
-        {WM_WMP_PLAYBACK_ERROR, {"DS.Play", "DS.GetCurTime", "event.progress(9.5)", "event.error(0x80040265)"}},
-    };
+        const Entries& tail;
+    } cases[] = {{WM_DSHOW_PLAYBACK_COMPLETE, complete}, {WM_QT_PLAYBACK_COMPLETE, complete},
+                 {WM_WMP_PLAYBACK_COMPLETE, complete},   {WM_CDDA_PLAYBACK_COMPLETE, complete},
+                 {WM_DSHOW_PLAYBACK_ERROR, error},       {WM_WMP_PLAYBACK_ERROR, error}};
     pDS->dCurTime = 9.5;
     for (const auto& c : cases)
     {

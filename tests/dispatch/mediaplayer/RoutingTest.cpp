@@ -189,11 +189,10 @@ TEST_F(Routing, OpeningTheCDHidesTheCurrentBackEndWithoutClosingItsFile)
     EXPECT_EQ(bAudioOnly, 5);
 
     pCD->dDuration = 252.0;
-    double dDuration = -1.0;
-    EXPECT_EQ(player->GetCDDuration(&dDuration), S_OK);
-    EXPECT_EQ(dDuration, 252.0);
     pCD->Script("GetDuration", E_PENDING);
+    double dDuration = -1.0;
     EXPECT_EQ(player->GetCDDuration(&dDuration), E_PENDING);
+    EXPECT_EQ(dDuration, 252.0);
 }
 
 } // namespace
