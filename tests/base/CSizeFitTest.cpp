@@ -1,5 +1,5 @@
-// Placement of a picture in a window, checked against the placement rules themselves over a
-// sweep of shapes, plus the worked examples hosts rely on.
+// Placement of a picture in a window: worked examples, then the placement rules themselves
+// checked over a sweep of shapes.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,127 +11,59 @@ namespace {
 
 struct Size
 {
-    uint32_t w;
-    uint32_t h;
+    uint32_t w, h;
 };
 
-void PrintTo(const Size& s, std::ostream* os)
+TEST(SizeFit, WorkedExamples)
 {
-    *os << s.w << "x" << s.h;
-}
-
-void ExpectRect(const SizeFitRect& rc, int32_t left, int32_t top, int32_t right, int32_t bottom)
-{
-    EXPECT_EQ(left, rc.left);
-    EXPECT_EQ(top, rc.top);
-    EXPECT_EQ(right, rc.right);
-    EXPECT_EQ(bottom, rc.bottom);
-}
-
-TEST(SizeFitPlace, WorkedExamples)
-{
-    ExpectRect(CSizeFit::Place(640, 480, 320, 240, false), 160, 120, 480, 360);
-    ExpectRect(CSizeFit::Place(640, 480, 320, 240, true), 0, 0, 640, 480);
-    ExpectRect(CSizeFit::Place(640, 480, 1280, 720, false), 0, 60, 640, 420);
-    ExpectRect(CSizeFit::Place(640, 480, 300, 600, false), 200, 0, 440, 480);
-    ExpectRect(CSizeFit::Place(500, 500, 100, 50, true), 0, 125, 500, 375);
-}
-
-TEST(SizeFitPlace, ExactFitCountsAsFittingAndFillsTheParent)
-{
-    ExpectRect(CSizeFit::Place(640, 480, 640, 480, false), 0, 0, 640, 480);
-    ExpectRect(CSizeFit::Place(640, 480, 640, 480, true), 0, 0, 640, 480);
-}
-
-TEST(SizeFitPlace, OnePixelTooLargeIsShrunkEvenWithoutStretch)
-{
-    // 641 wide: width fills, height = trunc(480 / (641 / 640)) = 479, centred vertically.
-    ExpectRect(CSizeFit::Place(640, 480, 641, 480, false), 0, 0, 640, 479);
-    // 481 tall in a landscape window: w > h with height overflowing, so height fills instead:
-    // width = trunc(640 / (481 / 480)) = 638, centred horizontally.
-    ExpectRect(CSizeFit::Place(640, 480, 640, 481, false), 1, 0, 639, 480);
-}
-
-TEST(SizeFitResize, ShrinkDividesByTheRatioWhileStretchMultipliesSoTheyCanDifferByOnePixel)
-{
-    // 110x66 into 100x100: the exact height is 60. Shrink computes 66 / 1.1 = 59.999...,
-    // stretch computes 66 * (100 / 110) = 60.000..., and both truncate.
-    uint32_t w = 110, h = 66;
-    CSizeFit::Shrink(100, 100, &w, &h);
-    EXPECT_EQ(100u, w);
-    EXPECT_EQ(59u, h);
-
-    w = 110;
-    h = 66;
-    CSizeFit::Stretch(100, 100, &w, &h);
-    EXPECT_EQ(100u, w);
-    EXPECT_EQ(60u, h);
-}
-
-TEST(SizeFitResize, ShrinkLeavesASizeThatFitsAlone)
-{
-    uint32_t w = 320, h = 240;
-    CSizeFit::Shrink(640, 480, &w, &h);
-    EXPECT_EQ(320u, w);
-    EXPECT_EQ(240u, h);
-}
-
-TEST(SizeFitResize, StretchAlsoShrinksALargerSource)
-{
-    uint32_t w = 1280, h = 720;
-    CSizeFit::Stretch(640, 480, &w, &h);
-    EXPECT_EQ(640u, w);
-    EXPECT_EQ(360u, h);
-}
-
-TEST(SizeFitResize, SquareSourcesFollowTheParentsShorterSide)
-{
-    // 1000 / (1000 / 480) comes out just under 480 in doubles, and truncation keeps 479.
-    uint32_t w = 1000, h = 1000;
-    CSizeFit::Shrink(640, 480, &w, &h);
-    EXPECT_EQ(479u, w);
-    EXPECT_EQ(480u, h);
-
-    w = 100;
-    h = 100;
-    CSizeFit::Stretch(480, 640, &w, &h);
-    EXPECT_EQ(480u, w);
-    EXPECT_EQ(480u, h);
-}
-
-TEST(SizeFitPlace, DegenerateSizesStayInsideTheParent)
-{
-    const Size parents[] = {{0, 0}, {0, 100}, {100, 0}, {640, 480}};
-    const Size sources[] = {{0, 0}, {0, 50}, {50, 0}, {10, 10}, {4000000000u, 1}};
-    for (const Size& p : parents)
+    const struct
     {
-        for (const Size& s : sources)
-        {
-            for (bool stretch : {false, true})
-            {
-                SCOPED_TRACE(::testing::PrintToString(p) + " " + ::testing::PrintToString(s));
-                const SizeFitRect rc = CSizeFit::Place(p.w, p.h, s.w, s.h, stretch);
-                EXPECT_GE(rc.left, 0);
-                EXPECT_GE(rc.top, 0);
-                EXPECT_LE(rc.left, rc.right);
-                EXPECT_LE(rc.top, rc.bottom);
-                EXPECT_LE(static_cast<uint32_t>(rc.right), p.w);
-                EXPECT_LE(static_cast<uint32_t>(rc.bottom), p.h);
-            }
-        }
+        Size parent, source;
+        bool stretch;
+        SizeFitRect expected;
+    } examples[] = {
+        {{640, 480}, {320, 240}, false, {160, 120, 480, 360}},
+        {{640, 480}, {320, 240}, true, {0, 0, 640, 480}},
+        {{640, 480}, {1280, 720}, false, {0, 60, 640, 420}},
+        {{640, 480}, {300, 600}, false, {200, 0, 440, 480}},
+        {{500, 500}, {100, 50}, true, {0, 125, 500, 375}},
+        {{640, 480}, {640, 480}, false, {0, 0, 640, 480}},
+        // One pixel too wide: 480 / (641 / 640) truncates to 479.
+        {{640, 480}, {641, 480}, false, {0, 0, 640, 479}},
+        // One pixel too tall: the height fills, 640 / (481 / 480) truncates to 638.
+        {{640, 480}, {640, 481}, false, {1, 0, 639, 480}},
+    };
+    for (const auto& e : examples)
+    {
+        const SizeFitRect rc = CSizeFit::Place(e.parent.w, e.parent.h, e.source.w, e.source.h, e.stretch);
+        EXPECT_EQ((std::vector<int32_t>{e.expected.left, e.expected.top, e.expected.right, e.expected.bottom}),
+                  (std::vector<int32_t>{rc.left, rc.top, rc.right, rc.bottom}))
+            << e.source.w << "x" << e.source.h << " in " << e.parent.w << "x" << e.parent.h << " " << e.stretch;
+    }
+}
+
+TEST(SizeFit, ShrinkLeavesASizeThatFitsAlone)
+{
+    // Includes sizes meeting the destination on one side, where a resize could still round.
+    const Size cases[][2] = {{{640, 480}, {320, 240}}, {{640, 480}, {640, 480}}, {{100, 200}, {100, 199}},
+                             {{200, 100}, {199, 100}}, {{480, 640}, {480, 100}}};
+    for (const auto& c : cases)
+    {
+        uint32_t w = c[1].w, h = c[1].h;
+        CSizeFit::Shrink(c[0].w, c[0].h, &w, &h);
+        EXPECT_TRUE(w == c[1].w && h == c[1].h) << c[1].w << "x" << c[1].h << " in " << c[0].w << "x" << c[0].h;
     }
 }
 
 // The rules, stated independently of how the code computes them.
 void ExpectPlacementRules(Size parent, Size source, bool stretch)
 {
-    SCOPED_TRACE(::testing::PrintToString(parent) + " source " + ::testing::PrintToString(source) +
-                 (stretch ? " stretch" : " no-stretch"));
+    SCOPED_TRACE(testing::Message() << source.w << "x" << source.h << " in " << parent.w << "x" << parent.h
+                                    << (stretch ? " stretched" : ""));
     const SizeFitRect rc = CSizeFit::Place(parent.w, parent.h, source.w, source.h, stretch);
     const uint32_t rw = static_cast<uint32_t>(rc.right - rc.left);
     const uint32_t rh = static_cast<uint32_t>(rc.bottom - rc.top);
     const bool fits = source.w <= parent.w && source.h <= parent.h;
-
     if (fits && !stretch)
     {
         EXPECT_EQ(source.w, rw);
@@ -140,45 +72,29 @@ void ExpectPlacementRules(Size parent, Size source, bool stretch)
         EXPECT_EQ(static_cast<int32_t>((parent.h - source.h) / 2), rc.top);
         return;
     }
-
     EXPECT_LE(rw, parent.w);
     EXPECT_LE(rh, parent.h);
     if (fits)
-    {
-        EXPECT_GE(rw, source.w) << "stretching never shrinks";
-        EXPECT_GE(rh, source.h) << "stretching never shrinks";
-    }
+        EXPECT_TRUE(rw >= source.w && rh >= source.h) << "stretching never shrinks";
     else
-    {
-        EXPECT_LE(rw, source.w) << "shrinking never grows";
-        EXPECT_LE(rh, source.h) << "shrinking never grows";
-    }
+        EXPECT_TRUE(rw <= source.w && rh <= source.h) << "shrinking never grows";
 
-    // One side fills the window and the other keeps the aspect ratio to within the pixel that
-    // truncation can cost (which may also make both sides fill).
-    const bool widthFillsInProportion =
+    // One side fills the window, the other keeps the aspect ratio to within the pixel that
+    // truncation can cost.
+    const bool widthFills =
         rw == parent.w && std::fabs(rh - static_cast<double>(source.h) * parent.w / source.w) < 1.0 + 1e-6;
-    const bool heightFillsInProportion =
+    const bool heightFills =
         rh == parent.h && std::fabs(rw - static_cast<double>(source.w) * parent.h / source.h) < 1.0 + 1e-6;
-    EXPECT_TRUE(widthFillsInProportion || heightFillsInProportion) << rw << "x" << rh;
+    EXPECT_TRUE(widthFills || heightFills) << rw << "x" << rh;
 
     // Only the axis that is not filled is centred.
-    if (rw < parent.w)
-    {
-        EXPECT_EQ(static_cast<int32_t>((parent.w - rw) / 2), rc.left);
-        EXPECT_EQ(0, rc.top);
-    }
-    else
-    {
-        EXPECT_EQ(0, rc.left);
-        EXPECT_EQ(rh < parent.h ? static_cast<int32_t>((parent.h - rh) / 2) : 0, rc.top);
-    }
+    EXPECT_EQ(rw < parent.w ? static_cast<int32_t>((parent.w - rw) / 2) : 0, rc.left);
+    EXPECT_EQ(rw == parent.w && rh < parent.h ? static_cast<int32_t>((parent.h - rh) / 2) : 0, rc.top);
 }
 
-TEST(SizeFitPlace, SweepOfShapesFollowsThePlacementRules)
+TEST(SizeFit, SweepOfShapesFollowsThePlacementRules)
 {
-    const std::vector<Size> parents = {{640, 480}, {480, 640}, {500, 500}, {1920, 1080}, {333, 777}, {1, 1}};
-    for (const Size& p : parents)
+    for (const Size& p : std::vector<Size>{{640, 480}, {480, 640}, {500, 500}, {1920, 1080}, {333, 777}, {1, 1}})
     {
         const std::vector<Size> sources = {
             {320, 240}, {240, 320}, {100, 100}, {p.w, p.h}, {p.w + 1, p.h}, {p.w, p.h + 1},

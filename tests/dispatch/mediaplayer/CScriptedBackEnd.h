@@ -1,6 +1,6 @@
-// A test back-end: answers every operation as its script says, records each call in the shared
-// log as "<name>.<operation>(<arguments>)", and posts messages to the dispatcher's window as a
-// real back-end does.
+// A test back-end: answers each operation as its script says (S_OK unless scripted), records
+// every call in the shared log as "<name>.<operation>(<arguments>)", and posts messages to the
+// dispatcher's window as a real back-end does.
 #pragma once
 
 #include <windows.h>
@@ -19,8 +19,7 @@ struct FileInfoScript
     BOOL bAudioOnly = FALSE;
     double dDuration = 0.0;
     BOOL bSeekable = TRUE;
-    DWORD dwWidth = 0;
-    DWORD dwHeight = 0;
+    DWORD dwWidth = 0, dwHeight = 0;
     BOOL bPicture = FALSE;
 };
 
@@ -39,47 +38,34 @@ public:
     }
     ~CScriptedBackEnd() override { Record("deleted"); }
 
-    // Every operation not scripted answers S_OK.
     void Script(const std::string& operation, HRESULT hr) { m_results[operation] = hr; }
     FileInfoScript fileInfo;
     double dCurTime = 0.0;
-    bool bWritesCurTime = true;
-
     HWND EventHandlerWindow() const { return this->m_hEventHandlerWnd; }
-    bool PostToDispatcher(UINT uMsg, WPARAM wParam = 0, LPARAM lParam = 0) const
+    bool PostToDispatcher(UINT uMsg, WPARAM wParam = 0) const
     {
-        return PostMessageW(this->m_hEventHandlerWnd, uMsg, wParam, lParam) != FALSE;
+        return PostMessageW(this->m_hEventHandlerWnd, uMsg, wParam, 0) != FALSE;
     }
-    // The six values GetFileInfo found in its outputs on its last call.
-    FileInfoScript seenByGetFileInfo;
 
     HRESULT Init() override
     {
         const HRESULT hr = Answer("Init");
-        if (SUCCEEDED(hr))
-            this->m_bInitialized = true;
+        this->m_bInitialized = this->m_bInitialized || SUCCEEDED(hr);
         return hr;
     }
     void Destroy() override { Record("Destroy"); }
     void Activate() override { Record("Activate"); }
     void Deactivate() override { Record("Deactivate"); }
-    HRESULT SetParentWindow(HWND hWnd) override
+    HRESULT SetParentWindow(HWND hWnd) override { return Answer("SetParentWindow", m_log.WindowName(hWnd)); }
+    HRESULT SetParentWindowSize(DWORD dwW, DWORD dwH) override { return Answer("SetParentWindowSize", Format("%lu,%lu", dwW, dwH)); }
+    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwFlags) override
     {
-        return Answer("SetParentWindow", "(" + m_log.WindowName(hWnd) + ")");
-    }
-    HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override
-    {
-        return Answer("SetParentWindowSize", Format("(%lu,%lu)", dwWidth, dwHeight));
-    }
-    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwPlaybackFlags) override
-    {
-        return Answer("OpenFile", "(" + Narrow(pwszFile) + Format(",%lu,%lu)", dwOpenFlags, dwPlaybackFlags));
+        return Answer("OpenFile", Narrow(pwszFile) + Format(",%lu,%lu", dwOpenFlags, dwFlags));
     }
     HRESULT CloseFile() override { return Answer("CloseFile"); }
     HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth,
                         DWORD* pdwHeight, BOOL* pbPicture) override
     {
-        seenByGetFileInfo = {S_OK, true, *pbAudioOnly, *pdDuration, *pbSeekable, *pdwWidth, *pdwHeight, *pbPicture};
         Record("GetFileInfo");
         if (SUCCEEDED(fileInfo.hr) && fileInfo.bWrites)
         {
@@ -96,17 +82,12 @@ public:
     HRESULT Pause() override { return Answer("Pause"); }
     HRESULT Resume() override { return Answer("Resume"); }
     HRESULT Stop() override { return Answer("Stop"); }
-    HRESULT SetCurTime(double dSeconds) override { return Answer("SetCurTime", Format("(%g)", dSeconds)); }
-    HRESULT SetPlaybackFlags(DWORD dwFlags) override
-    {
-        return Answer("SetPlaybackFlags", Format("(0x%lx)", dwFlags));
-    }
+    HRESULT SetCurTime(double dSeconds) override { return Answer("SetCurTime", Format("%g", dSeconds)); }
+    HRESULT SetPlaybackFlags(DWORD dwFlags) override { return Answer("SetPlaybackFlags", Format("0x%lx", dwFlags)); }
     HRESULT GetCurTime(double* pdSeconds) override
     {
-        const HRESULT hr = Answer("GetCurTime");
-        if (bWritesCurTime)
-            *pdSeconds = dCurTime;
-        return hr;
+        *pdSeconds = dCurTime;
+        return Answer("GetCurTime");
     }
     void SetEventHandlerWindow(HWND hWnd) override
     {
@@ -115,14 +96,15 @@ public:
     }
     HRESULT OnEngineNotify(WPARAM wParam, LPARAM lParam) override
     {
-        return Answer("OnEngineNotify", Format("(%u,%ld)", static_cast<unsigned>(wParam), static_cast<long>(lParam)));
+        return Answer("OnEngineNotify", Format("%u,%ld", static_cast<unsigned>(wParam), static_cast<long>(lParam)));
     }
 
 protected:
     void Record(const std::string& call) { m_log.Add(m_name + "." + call); }
+    // Records "<operation>" or, with arguments, "<operation>(<arguments>)".
     HRESULT Answer(const std::string& operation, const std::string& arguments = "")
     {
-        Record(operation + arguments);
+        Record(arguments.empty() ? operation : operation + "(" + arguments + ")");
         const auto found = m_results.find(operation);
         return found == m_results.end() ? S_OK : found->second;
     }
