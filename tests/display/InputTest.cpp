@@ -1,8 +1,16 @@
-// Mouse and keys: movement wakes the cursor and stays here, everything else goes to the host;
-// the cursor hides two seconds after the last movement. The window's clock is the test's.
+// What the window hands to its host: movement wakes the cursor and stays here, clicks and keys are
+// posted on, the cursor hides two seconds after the last movement (by the test's clock); and the
+// room a shown caption strip takes from the picture, told to a real dispatcher whose current
+// back-end is a scripted picture back-end.
+#include "CScriptedBackEnd.h"
 #include "InfoWndTest.h"
+#include "backends/cdda/CDDAGraph.h"
+#include "dispatch/CMediaPlayer.h"
+#include "dispatch/CWindowsMediaRoute.h"
 
 namespace {
+
+using InfoWndInput = InfoWndTest;
 
 // The thread's cursor display counter, unchanged by asking.
 int CursorCount()
@@ -11,18 +19,15 @@ int CursorCount()
     return ShowCursor(FALSE);
 }
 
-using InfoWndInput = InfoWndTest;
-
 TEST_F(InfoWndInput, MovementStaysHereWhileClicksAndKeysArePostedToTheHost)
 {
-    const UINT forwarded[] = {WM_LBUTTONDBLCLK, WM_CHAR,     WM_DEADCHAR,      WM_KEYDOWN,      WM_KEYUP,
+    const UINT forwarded[] = {WM_LBUTTONDBLCLK, WM_CHAR,      WM_DEADCHAR,      WM_KEYDOWN,     WM_KEYUP,
                               WM_LBUTTONDOWN,   WM_LBUTTONUP, WM_RBUTTONDBLCLK, WM_RBUTTONDOWN, WM_RBUTTONUP};
     EXPECT_EQ(1, SendMessageW(hWnd, WM_MOUSEMOVE, 0, MAKELPARAM(10, 10)));
     for (UINT uMsg : forwarded)
         EXPECT_EQ(0, SendMessageW(hWnd, uMsg, uMsg + 1, MAKELPARAM(uMsg & 0xFF, 7)));
     EXPECT_EQ(1, SendMessageW(hWnd, WM_MOUSEMOVE, 0, MAKELPARAM(20, 20)));
-    DrainHostQueue();
-
+    const std::vector<MSG> hostMessages = HostMessages();
     ASSERT_EQ(std::size(forwarded), hostMessages.size());
     for (size_t i = 0; i < hostMessages.size(); ++i)
     {
@@ -38,7 +43,6 @@ TEST_F(InfoWndInput, CursorHidesOnTheFirstTickMoreThanTwoSecondsAfterTheLastMove
     const DWORD t0 = info->dwNow;
     SendMessageW(hWnd, WM_MOUSEMOVE, 0, 0);
     EXPECT_EQ(nShown + 1, CursorCount());
-
     // The timer is a real one: it reaches the window's queue.
     MSG msg = {};
     const DWORD dwStart = GetTickCount();
@@ -46,10 +50,8 @@ TEST_F(InfoWndInput, CursorHidesOnTheFirstTickMoreThanTwoSecondsAfterTheLastMove
         MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_TIMER);
     EXPECT_EQ(static_cast<UINT>(WM_TIMER), msg.message);
     EXPECT_EQ(CInfoWnd::CURSOR_TIMER_ID, msg.wParam);
-
     info->dwNow = t0 + 1500;
     SendMessageW(hWnd, WM_MOUSEMOVE, 0, 0); // moves again: two seconds from here
-    EXPECT_EQ(nShown + 1, CursorCount());
     auto tick = [&](DWORD dwNow) {
         info->dwNow = dwNow;
         return SendMessageW(hWnd, WM_TIMER, CInfoWnd::CURSOR_TIMER_ID, 0);
@@ -59,32 +61,70 @@ TEST_F(InfoWndInput, CursorHidesOnTheFirstTickMoreThanTwoSecondsAfterTheLastMove
     EXPECT_EQ(nShown + 1, CursorCount());
     EXPECT_EQ(1, tick(t0 + 3501));
     EXPECT_EQ(nShown, CursorCount());
-
     // Stopped: further ticks are not the window's any more, and the system timer is gone.
     EXPECT_EQ(0, tick(t0 + 9000));
     EXPECT_EQ(nShown, CursorCount());
     EXPECT_FALSE(KillTimer(hWnd, CInfoWnd::CURSOR_TIMER_ID));
 }
 
-// A child control's notification goes back to the control, 0x2000 above its own number.
-TEST_F(InfoWndInput, ChildNotificationsAreReflectedToTheChild)
+class InfoWndDispatcher : public InfoWndTest
 {
-    static std::vector<UINT> received;
-    received.clear();
-    struct Child
+protected:
+    void SetUp() override
     {
-        static LRESULT CALLBACK Proc(HWND hChild, UINT uMsg, WPARAM wParam, LPARAM lParam)
-        {
-            received.push_back(uMsg);
-            return uMsg == 0x2000 + WM_COMMAND ? 42 : DefWindowProcW(hChild, uMsg, wParam, lParam);
-        }
-    };
-    HWND hChild = CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 10, 10, hWnd, nullptr, nullptr, nullptr);
-    SetWindowLongPtrW(hChild, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Child::Proc));
-    EXPECT_EQ(42, SendMessageW(hWnd, WM_COMMAND, MAKEWPARAM(7, BN_CLICKED), reinterpret_cast<LPARAM>(hChild)));
-    SendMessageW(hWnd, WM_COMMAND, 7, 0); // a menu command names no child
-    EXPECT_EQ(std::vector<UINT>{0x2000 + WM_COMMAND}, received);
-    DestroyWindow(hChild);
+        InfoWndTest::SetUp();
+        log.NameWindow(hWnd, "info");
+        static const LPCWSTR kExtensions[] = {L".jpg"};
+        auto* pPicture = new CScriptedBackEnd<CPlayerBase>(log, "PV", kExtensions, 1);
+        pPicture->fileInfo.bPicture = TRUE;
+        CMediaPlayer::BackEnds backEnds;
+        backEnds.players.emplace_back(pPicture);
+        player.reset(new CMediaPlayer(std::move(backEnds)));
+        ASSERT_EQ(S_OK, player->Init(L"photo.jpg"));
+        player->SetParentWindow(hWndHost);
+        ASSERT_EQ(S_OK, player->OpenFile(L"photo.jpg", 0, 1, nullptr));
+        info->SetVideoArea(player.get());
+        log.Clear();
+    }
+    void TearDown() override
+    {
+        InfoWndTest::TearDown();
+        player->Destroy();
+    }
+
+    CCallLog log;
+    std::unique_ptr<CMediaPlayer> player;
+};
+
+using Entries = std::vector<std::string>;
+
+TEST_F(InfoWndDispatcher, AShownCaptionLeavesThePictureTheTopFourFifthsOnEveryChangeAndHidingGivesAllBack)
+{
+    EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_CAPTION, TRUE));
+    EXPECT_EQ(Entries{}, log.Entries()); // not shown yet: the picture keeps the window
+    ValidateRect(hWnd, nullptr);
+    info->ShowMediaInfo(TRUE);
+    EXPECT_TRUE(NeedsPaint());
+    ValidateRect(hWnd, nullptr);
+    info->ShowMediaInfo(TRUE); // no change
+    EXPECT_FALSE(NeedsPaint());
+    EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_CAPTION, FALSE)); // unchanged mode, told again
+    info->ShowMediaInfo(-1); // any other value is a change
+    info->ShowMediaInfo(1);
+    EXPECT_TRUE(NeedsPaint());
+    info->ShowMediaInfo(FALSE);
+    const std::string size = "PV.SetParentWindowSize(640,383)";
+    EXPECT_EQ((Entries{size, size, size, size, "PV.SetParentWindow(info)"}), log.Entries());
+}
+
+TEST_F(InfoWndDispatcher, APanelOrNothingLeavesThePictureAlone)
+{
+    info->ShowMediaInfo(TRUE);
+    EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_MEDIA, TRUE));
+    EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_NONE, TRUE));
+    info->SetVideoArea(nullptr);
+    info->ShowMediaInfo(FALSE);
+    EXPECT_EQ(Entries{}, log.Entries());
 }
 
 } // namespace
