@@ -1,5 +1,5 @@
-// A host window at the top left of the screen with the information window laid over its whole client area, shown, reading the test's record; the
-// window's clock is the test's and its boxes are in view.
+// A host window at the top left of the screen with the information window laid over its whole
+// client area, shown, reading the test's record; the window's clock is the test's, its boxes in view.
 #pragma once
 
 #include <windows.h>
@@ -84,9 +84,9 @@ protected:
             text += L"The programme opens with three nocturnes, followed by preludes played without a break.\r\n";
         SetField(record.wszDescript, text);
     }
-    void ShowPanelOn(COLORREF crBackground)
+    void ShowPanelOn(COLORREF crTop, COLORREF crBottom = CLR_INVALID)
     {
-        info->SetGradientBkColor(crBackground, crBackground, FALSE);
+        info->SetGradientBkColor(crTop, crBottom == CLR_INVALID ? crTop : crBottom, FALSE);
         ASSERT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_MEDIA, TRUE));
         info->ShowMediaInfo(TRUE);
         Paint();

@@ -1,12 +1,9 @@
 // What the window hands to its host: movement wakes the cursor and stays here, clicks and keys are
 // posted on, the cursor hides two seconds after the last movement (by the test's clock); and the
-// room a shown caption strip takes from the picture, told to a real dispatcher whose current
-// back-end is a scripted picture back-end.
-#include "CScriptedBackEnd.h"
+// room a shown caption strip takes from the picture under the window.
+#include <string>
+
 #include "InfoWndTest.h"
-#include "backends/cdda/CDDAGraph.h"
-#include "dispatch/CMediaPlayer.h"
-#include "dispatch/CWindowsMediaRoute.h"
 
 namespace {
 
@@ -67,64 +64,52 @@ TEST_F(InfoWndInput, CursorHidesOnTheFirstTickMoreThanTwoSecondsAfterTheLastMove
     EXPECT_FALSE(KillTimer(hWnd, CInfoWnd::CURSOR_TIMER_ID));
 }
 
-class InfoWndDispatcher : public InfoWndTest
+// Whoever draws the picture under the window, recording what it is asked.
+struct CRecordingVideoArea : IVideoArea
 {
-protected:
-    void SetUp() override
+    HRESULT SetParentWindow(HWND hWnd) override
     {
-        InfoWndTest::SetUp();
-        log.NameWindow(hWnd, "info");
-        static const LPCWSTR kExtensions[] = {L".jpg"};
-        auto* pPicture = new CScriptedBackEnd<CPlayerBase>(log, "PV", kExtensions, 1);
-        pPicture->fileInfo.bPicture = TRUE;
-        CMediaPlayer::BackEnds backEnds;
-        backEnds.players.emplace_back(pPicture);
-        player.reset(new CMediaPlayer(std::move(backEnds)));
-        ASSERT_EQ(S_OK, player->Init(L"photo.jpg"));
-        player->SetParentWindow(hWndHost);
-        ASSERT_EQ(S_OK, player->OpenFile(L"photo.jpg", 0, 1, nullptr));
-        info->SetVideoArea(player.get());
-        log.Clear();
+        calls.push_back(hWnd == hWndInfo ? "parent(info)" : "parent(?)");
+        return S_OK;
     }
-    void TearDown() override
+    HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override
     {
-        InfoWndTest::TearDown();
-        player->Destroy();
+        calls.push_back("size(" + std::to_string(dwWidth) + "," + std::to_string(dwHeight) + ")");
+        return hrSize;
     }
-
-    CCallLog log;
-    std::unique_ptr<CMediaPlayer> player;
+    HWND hWndInfo = nullptr;
+    HRESULT hrSize = S_FALSE;
+    std::vector<std::string> calls;
 };
 
-using Entries = std::vector<std::string>;
+using Calls = std::vector<std::string>;
 
-TEST_F(InfoWndDispatcher, AShownCaptionLeavesThePictureTheTopFourFifthsOnEveryChangeAndHidingGivesAllBack)
+TEST_F(InfoWndInput, AShownCaptionLeavesThePictureTheTopFourFifthsOnEveryChangeAndHidingGivesAllBack)
 {
-    EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_CAPTION, TRUE));
-    EXPECT_EQ(Entries{}, log.Entries()); // not shown yet: the picture keeps the window
+    CRecordingVideoArea area;
+    area.hWndInfo = hWnd;
+    info->SetVideoArea(&area);
+    EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_CAPTION, TRUE)); // not shown yet: the picture keeps the window
+    EXPECT_EQ(Calls{}, area.calls);
     ValidateRect(hWnd, nullptr);
     info->ShowMediaInfo(TRUE);
     EXPECT_TRUE(NeedsPaint());
     ValidateRect(hWnd, nullptr);
     info->ShowMediaInfo(TRUE); // no change
     EXPECT_FALSE(NeedsPaint());
-    EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_CAPTION, FALSE)); // unchanged mode, told again
+    EXPECT_EQ(S_FALSE, info->SetDisplayMode(INFO_MODE_CAPTION, FALSE)); // unchanged mode, told again
     info->ShowMediaInfo(-1); // any other value is a change
-    info->ShowMediaInfo(1);
     EXPECT_TRUE(NeedsPaint());
     info->ShowMediaInfo(FALSE);
-    const std::string size = "PV.SetParentWindowSize(640,383)";
-    EXPECT_EQ((Entries{size, size, size, size, "PV.SetParentWindow(info)"}), log.Entries());
-}
+    EXPECT_EQ((Calls{"size(640,383)", "size(640,383)", "size(640,383)", "parent(info)"}), area.calls);
 
-TEST_F(InfoWndDispatcher, APanelOrNothingLeavesThePictureAlone)
-{
-    info->ShowMediaInfo(TRUE);
+    area.calls.clear(); // a panel or nothing leaves the picture alone
     EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_MEDIA, TRUE));
+    info->ShowMediaInfo(TRUE);
     EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_NONE, TRUE));
     info->SetVideoArea(nullptr);
     info->ShowMediaInfo(FALSE);
-    EXPECT_EQ(Entries{}, log.Entries());
+    EXPECT_EQ(Calls{}, area.calls);
 }
 
 } // namespace

@@ -23,9 +23,7 @@ inline ::testing::AssertionResult ShowsPictureAt(HWND hWnd, const RECT& rc, COLO
             nOutsideWrong += bOutside && pixels.At(x, y) != RGB(0, 0, 0);
         }
     }
-    if (nInsideWrong == 0 && nOutsideWrong == 0)
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << nInsideWrong << " pixels inside are not 0x" << std::hex << cr << ", "
-                                         << std::dec << nOutsideWrong << " outside are not black; centre 0x" << std::hex
-                                         << pixels.At(pixels.Width() / 2, pixels.Height() / 2);
+    return nInsideWrong + nOutsideWrong == 0 ? ::testing::AssertionSuccess()
+                                             : ::testing::AssertionFailure() << nInsideWrong << " pixels inside are not 0x" << std::hex
+                                                                             << cr << ", " << std::dec << nOutsideWrong << " outside not black";
 }

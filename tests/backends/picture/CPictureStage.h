@@ -64,7 +64,7 @@ public:
             msg.message == WM_PAINT ? static_cast<void>(ValidateRect(m_hWnd, nullptr)) : posted.push_back(msg);
         return posted;
     }
-    bool PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs) { return CMessagePump::PumpUntil(done, dwTimeoutMs); }
+    bool PumpUntil(const std::function<bool()>& done, DWORD dwMs) { return CMessagePump::PumpUntil(done, dwMs); }
     void PumpFor(DWORD dwMs) { CMessagePump::PumpFor(dwMs); }
     CPictViewerProbe& Viewer() { return m_viewer; }
     HWND Window() const { return m_hWnd; }

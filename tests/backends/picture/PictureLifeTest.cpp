@@ -89,7 +89,7 @@ TEST_F(PictureInHost, KeysAndMouseOverThePictureArePostedToTheHost)
         EXPECT_EQ(0, SendMessageW(hWnd, input.first, input.second, lPoint));
     SendMessageW(hWnd, WM_XBUTTONDOWN, 0, lPoint); // past the forwarded range: not the host's
     const std::vector<MSG> posted = stage.PostedToHost();
-    ASSERT_EQ(std::size(kInput), posted.size()) << "last: 0x" << std::hex << posted.back().message;
+    ASSERT_EQ(std::size(kInput), posted.size());
     for (size_t i = 0; i < posted.size(); ++i)
     {
         EXPECT_EQ(kInput[i].first, posted[i].message) << i;
