@@ -7,18 +7,15 @@
 
 namespace {
 
-class CGdiplusEnvironment : public ::testing::Environment
+struct CGdiplusEnvironment : ::testing::Environment
 {
-public:
     void SetUp() override
     {
         Gdiplus::GdiplusStartupInput input;
-        ASSERT_EQ(Gdiplus::Ok, Gdiplus::GdiplusStartup(&m_token, &input, nullptr));
+        ASSERT_EQ(Gdiplus::Ok, Gdiplus::GdiplusStartup(&token, &input, nullptr));
     }
-    void TearDown() override { Gdiplus::GdiplusShutdown(m_token); }
-
-private:
-    ULONG_PTR m_token = 0;
+    void TearDown() override { Gdiplus::GdiplusShutdown(token); }
+    ULONG_PTR token = 0;
 };
 
 ::testing::Environment* const g_pGdiplus = ::testing::AddGlobalTestEnvironment(new CGdiplusEnvironment);

@@ -1,4 +1,4 @@
-// The engine's picture back-end with its window, layout and fade state in view.
+// The engine's picture back-end with its window and fade state in view.
 #pragma once
 
 #include "backends/picture/CGdiplusPictViewer.h"
@@ -7,8 +7,6 @@ class CPictViewerProbe : public CGdiplusPictViewer
 {
 public:
     HWND PictureWindow() const { return m_hPictWnd; }
-    const Gdiplus::Rect& Destination() const { return m_curPicture.rcDest; }
-    bool HoldsPrevious() const { return m_prevPicture.HasImage(); }
     bool Fading() const { return m_bFadePending != 0; }
     bool FadeTimerOn() const { return m_bFadeTimerOn != 0; }
     HBITMAP FadeFrom() const { return m_hbmFadeFrom; }

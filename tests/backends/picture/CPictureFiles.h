@@ -22,11 +22,8 @@ public:
     std::wstring Icon(const std::wstring& name, int nSize, COLORREF cr) const;
     std::wstring WindowsMetafile(const std::wstring& name, int nWidth, int nHeight, COLORREF cr) const;
     std::wstring EnhancedMetafile(const std::wstring& name, int nWidth, int nHeight, COLORREF cr) const;
-    // An uncompressed RGB TIFF whose first directory carries the EXIF orientation tag.
+    // An uncompressed RGB TIFF whose directory carries the EXIF orientation tag.
     std::wstring OrientedTiff(const std::wstring& name, int nWidth, int nHeight, UINT16 nOrientation,
-                              const Painter& paint) const;
-    // A JPEG with an EXIF segment carrying the orientation tag.
-    std::wstring OrientedJpeg(const std::wstring& name, int nWidth, int nHeight, UINT16 nOrientation,
                               const Painter& paint) const;
     std::wstring Bytes(const std::wstring& name, const std::vector<BYTE>& bytes) const;
     static std::vector<BYTE> Read(const std::wstring& path);
