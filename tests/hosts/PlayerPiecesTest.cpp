@@ -1,11 +1,9 @@
 // The pieces of the two host programs on their own: command lines, result-code names, the
 // player's event sink and playlist, and what the information panel says.
 #include <windows.h>
-#include <shlobj.h>
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,7 +12,6 @@
 #include "engine/ComPtr.h"
 #include "hosts/common/CResultCode.h"
 #include "hosts/player/CCoverArtFinder.h"
-#include "hosts/player/CFileChooser.h"
 #include "hosts/player/CInfoPanel.h"
 #include "hosts/player/CMediaTitle.h"
 #include "hosts/player/CPlayerEvents.h"
@@ -213,27 +210,6 @@ TEST(InfoPanel, TitleCoverFolderAndPlaceOfTheFileAndLongTextCutToItsField)
     EXPECT_EQ(std::size(cut.wszTitle) - 1, Text(cut.wszTitle).size());
     EXPECT_EQ(0, cut.wszTitle[std::size(cut.wszTitle) - 1]);
     EXPECT_EQ(0, cut.wszCoverArtPath[0]);
-}
-
-TEST(FileChooser, DroppedFilesArriveInTheOrderDropped)
-{
-    // What the shell hands a window: the header, then each name terminated, then an empty name.
-    const std::vector<std::wstring> names = {L"C:\\music\\b side.mp3", L"C:\\a.wav", L"D:\\video\\clip.wmv"};
-    size_t cb = sizeof(DROPFILES) + sizeof(wchar_t);
-    for (const std::wstring& name : names)
-        cb += (name.size() + 1) * sizeof(wchar_t);
-    HGLOBAL hMem = GlobalAlloc(GHND, cb);
-    auto* pDrop = static_cast<DROPFILES*>(GlobalLock(hMem));
-    pDrop->pFiles = sizeof(DROPFILES);
-    pDrop->fWide = TRUE;
-    auto* pwsz = reinterpret_cast<wchar_t*>(pDrop + 1);
-    for (const std::wstring& name : names)
-    {
-        memcpy(pwsz, name.c_str(), (name.size() + 1) * sizeof(wchar_t));
-        pwsz += name.size() + 1;
-    }
-    GlobalUnlock(hMem);
-    EXPECT_EQ(names, CFileChooser::Dropped(static_cast<HDROP>(hMem)));
 }
 
 } // namespace
