@@ -83,20 +83,11 @@ TEST(ResultCode, EngineCodesHaveDistinctNamesAndSentencesAndOthersAreNamedOrShow
     }
     EXPECT_EQ(std::size(engine), names.size());
     EXPECT_EQ(std::size(engine), messages.size());
-    const struct
-    {
-        HRESULT hr;
-        const wchar_t* pwszName;
-    } known[] = {{static_cast<HRESULT>(0x8004A000), L"TESSALY_E_NOTSUPPORTED"},
-                 {static_cast<HRESULT>(0x0004A002), L"TESSALY_S_PARTIAL_RENDER"},
-                 {E_NOTIMPL, L"E_NOTIMPL"},
-                 {REGDB_E_CLASSNOTREG, L"REGDB_E_CLASSNOTREG"},
-                 {static_cast<HRESULT>(0x80040265), L"VFW_E_UNSUPPORTED_STREAM"},
-                 {HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), L"HRESULT_FROM_WIN32(2)"},
-                 {HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED), L"E_ACCESSDENIED"}, // the well-known name wins
-                 {static_cast<HRESULT>(0x8004A0FF), L"0x8004A0FF"}};
-    for (const auto& k : known)
-        EXPECT_EQ(k.pwszName, CResultCode::Name(k.hr));
+    // The names a table cannot give: the generic form of a Windows error, a well-known name
+    // winning over it, and the value of a code nobody named.
+    EXPECT_EQ(L"HRESULT_FROM_WIN32(2)", CResultCode::Name(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)));
+    EXPECT_EQ(L"E_ACCESSDENIED", CResultCode::Name(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED)));
+    EXPECT_EQ(L"0x8004A0FF", CResultCode::Name(static_cast<HRESULT>(0x8004A0FF)));
     EXPECT_EQ(L"0x00000001", CResultCode::Hex(S_FALSE));
     EXPECT_FALSE(CResultCode::Message(static_cast<HRESULT>(0x8004A0FF)).empty()) << "never an empty status line";
 }
