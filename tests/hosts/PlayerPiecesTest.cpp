@@ -111,12 +111,14 @@ TEST(PlayerEvents, TheSinkAnswersForPlayEventsOnlyAndHandsEventsOnUntilDetached)
     Adopt(sink, new CPlayerEvents(&listener));
     ComPtr<IPlayEvents> events;
     EXPECT_EQ(S_OK, QueryTo(sink, IID_IPlayEvents, events));
+    ComPtr<IUnknown> unknown;
+    EXPECT_EQ(S_OK, QueryTo(sink, IID_IUnknown, unknown));
     ComPtr<IPlayCDEvents> cdEvents;
     EXPECT_EQ(E_NOINTERFACE, QueryTo(sink, IID_IPlayCDEvents, cdEvents));
     EXPECT_FALSE(cdEvents);
     EXPECT_EQ(E_POINTER, sink->QueryInterface(IID_IPlayEvents, nullptr));
-    EXPECT_EQ(3u, events->AddRef());
-    EXPECT_EQ(2u, events->Release());
+    EXPECT_EQ(4u, events->AddRef());
+    EXPECT_EQ(3u, events->Release());
 
     EXPECT_EQ(S_OK, events->OnPlayProgress(0.5, Playback_State_Play));
     EXPECT_EQ(S_OK, events->OnPlayComplete());

@@ -178,9 +178,18 @@ TEST_F(PlayEvents, ThePointsAndTheirConnectionsAreListedAndSinksGoWithThePlayObj
     IConnectionPointContainer* pOwner = nullptr;
     EXPECT_EQ(S_OK, points[1]->GetConnectionPointContainer(&pOwner));
     EXPECT_EQ(m_container.Get(), pOwner);
+    IID iid = IID_NULL;
+    EXPECT_EQ(S_OK, points[1]->GetConnectionInterface(&iid));
+    EXPECT_EQ(IID_IPlayCDEvents, iid);
+    ComPtr<IUnknown> unknown;
+    EXPECT_EQ(S_OK, QueryTo(m_events, IID_IUnknown, unknown));
+    EXPECT_EQ(static_cast<IUnknown*>(m_events.Get()), unknown.Get()) << "a point answers IUnknown itself";
+    ComPtr<IPlay> notAPlay;
+    EXPECT_EQ(E_NOINTERFACE, QueryTo(m_events, IID_IPlay, notAPlay));
     for (IUnknown* p : {static_cast<IUnknown*>(pOwner), static_cast<IUnknown*>(points[0]), static_cast<IUnknown*>(points[1])})
         p->Release();
     enumPoints.Reset();
+    unknown.Reset();
 
     auto a = Sink("a"), b = Sink("b"), c = Sink("c");
     Advise(m_events.Get(), a);
