@@ -1,22 +1,16 @@
 #include "CChildProcess.h"
 
-
 namespace {
 
 // Takes what is waiting in a pipe without blocking: a process the child started may have
 // inherited the pipe's other end, so its end of file may never come.
 void TakeAvailable(HANDLE hRead, std::string& out)
 {
-    DWORD cbAvailable = 0;
-    while (PeekNamedPipe(hRead, nullptr, 0, nullptr, &cbAvailable, nullptr) && cbAvailable)
-    {
-        char buffer[4096];
-        DWORD cbRead = 0;
-        if (!ReadFile(hRead, buffer, cbAvailable < sizeof(buffer) ? cbAvailable : sizeof(buffer), &cbRead, nullptr) ||
-            cbRead == 0)
-            return;
+    DWORD cbAvailable = 0, cbRead = 0;
+    char buffer[4096];
+    while (PeekNamedPipe(hRead, nullptr, 0, nullptr, &cbAvailable, nullptr) && cbAvailable &&
+           ReadFile(hRead, buffer, cbAvailable < sizeof(buffer) ? cbAvailable : sizeof(buffer), &cbRead, nullptr) && cbRead)
         out.append(buffer, cbRead);
-    }
 }
 
 } // namespace
@@ -29,17 +23,12 @@ std::wstring CChildProcess::Quote(const std::wstring& argument)
     size_t nBackslashes = 0;
     for (wchar_t c : argument)
     {
-        if (c == L'\\')
-            ++nBackslashes;
-        else
-        {
-            quoted.append(c == L'"' ? 2 * nBackslashes + 1 : nBackslashes, L'\\');
-            nBackslashes = 0;
-        }
+        nBackslashes = c == L'\\' ? nBackslashes + 1 : 0;
+        if (c == L'"')
+            quoted.append(nBackslashes + 1, L'\\'); // the backslashes before it doubled, and its own
         quoted += c;
     }
-    quoted.append(nBackslashes, L'\\');
-    return quoted + L"\"";
+    return quoted.append(nBackslashes, L'\\') + L"\"";
 }
 
 CChildProcess::CChildProcess(const std::wstring& commandLine)
@@ -50,7 +39,6 @@ CChildProcess::CChildProcess(const std::wstring& commandLine)
     CreatePipe(&m_hErrRead, &hErrWrite, &sa, 0);
     SetHandleInformation(m_hOutRead, HANDLE_FLAG_INHERIT, 0);
     SetHandleInformation(m_hErrRead, HANDLE_FLAG_INHERIT, 0);
-
     STARTUPINFOW si = {};
     si.cb = sizeof(si);
     si.dwFlags = STARTF_USESTDHANDLES;
@@ -82,17 +70,15 @@ CChildProcess::Result CChildProcess::Finish(DWORD dwGuardMs)
     if (!m_pi.hProcess)
         return m_result;
     const ULONGLONG ullGuardEnd = GetTickCount64() + dwGuardMs;
-    DWORD dwWait;
-    do
+    DWORD dwWait = WAIT_TIMEOUT;
+    while (dwWait == WAIT_TIMEOUT)
     {
         dwWait = WaitForSingleObject(m_pi.hProcess, 20);
-        TakeAvailable(m_hOutRead, m_result.output);
-        TakeAvailable(m_hErrRead, m_result.errors);
         if (dwWait == WAIT_TIMEOUT && GetTickCount64() > ullGuardEnd)
             TerminateProcess(m_pi.hProcess, static_cast<UINT>(-1));
-    } while (dwWait == WAIT_TIMEOUT);
-    TakeAvailable(m_hOutRead, m_result.output);
-    TakeAvailable(m_hErrRead, m_result.errors);
+        TakeAvailable(m_hOutRead, m_result.output);
+        TakeAvailable(m_hErrRead, m_result.errors);
+    }
     DWORD dwExit = 0;
     GetExitCodeProcess(m_pi.hProcess, &dwExit);
     m_result.exitCode = static_cast<int>(dwExit);

@@ -1,18 +1,17 @@
 #include "CJsonValue.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 class CJsonValue::CReader
 {
 public:
     explicit CReader(const std::string& text) : m_text(text) {}
-
     CJsonValue Document()
     {
         CJsonValue value = Value();
-        SkipSpace();
-        if (m_nPos != m_text.size())
+        if (Peek(true))
             Fail("text after the document");
         return value;
     }
@@ -22,18 +21,14 @@ private:
     {
         throw std::runtime_error(std::string(pszWhat) + " at offset " + std::to_string(m_nPos));
     }
-    void SkipSpace()
+    // The next character after white space; at the end, 0 if allowed.
+    char Peek(bool bEndAllowed = false)
     {
-        while (m_nPos < m_text.size() && (m_text[m_nPos] == ' ' || m_text[m_nPos] == '\n' || m_text[m_nPos] == '\r' ||
-                                          m_text[m_nPos] == '\t'))
+        while (m_nPos < m_text.size() && strchr(" \n\r\t", m_text[m_nPos]) && m_text[m_nPos])
             ++m_nPos;
-    }
-    char Peek()
-    {
-        SkipSpace();
-        if (m_nPos >= m_text.size())
+        if (m_nPos >= m_text.size() && !bEndAllowed)
             Fail("unexpected end");
-        return m_text[m_nPos];
+        return m_nPos < m_text.size() ? m_text[m_nPos] : 0;
     }
     void Expect(char c)
     {
@@ -41,36 +36,55 @@ private:
             Fail("unexpected character");
         ++m_nPos;
     }
-    bool Literal(const char* psz)
+    bool Literal(const std::string& word)
     {
-        const std::string word = psz;
-        if (m_text.compare(m_nPos, word.size(), word) != 0)
-            return false;
-        m_nPos += word.size();
-        return true;
+        const bool bFound = m_text.compare(m_nPos, word.size(), word) == 0;
+        m_nPos += bFound ? word.size() : 0;
+        return bFound;
     }
-
+    // Reads the items of an array or the members of an object up to the closing bracket.
+    template <class ReadOne>
+    void List(char cOpen, char cClose, ReadOne readOne)
+    {
+        Expect(cOpen);
+        if (Peek() == cClose)
+            return void(++m_nPos);
+        for (readOne(); Peek() != cClose; readOne())
+            Expect(',');
+        ++m_nPos;
+    }
     CJsonValue Value()
     {
         CJsonValue value;
         const char c = Peek();
         if (c == '{')
-            ReadObject(value);
+        {
+            value.kind = Object;
+            List('{', '}', [&] {
+                if (Peek() != '"')
+                    Fail("member name expected");
+                const std::string name = String();
+                Expect(':');
+                if (!value.members.emplace(name, Value()).second)
+                    Fail("duplicate member");
+            });
+        }
         else if (c == '[')
-            ReadArray(value);
+        {
+            value.kind = Array;
+            List('[', ']', [&] { value.items.push_back(Value()); });
+        }
         else if (c == '"')
         {
-            value.kind = String;
-            value.text = ReadString();
+            value.kind = CJsonValue::String;
+            value.text = String();
         }
         else if (Literal("true") || Literal("false"))
         {
             value.kind = Bool;
             value.b = m_text[m_nPos - 1] == 'e' && m_text[m_nPos - 2] == 'u';
         }
-        else if (Literal("null"))
-            value.kind = Null;
-        else
+        else if (!Literal("null"))
         {
             value.kind = Number;
             const char* pszStart = m_text.c_str() + m_nPos;
@@ -82,55 +96,7 @@ private:
         }
         return value;
     }
-
-    void ReadObject(CJsonValue& value)
-    {
-        value.kind = Object;
-        Expect('{');
-        if (Peek() == '}')
-        {
-            ++m_nPos;
-            return;
-        }
-        for (;;)
-        {
-            if (Peek() != '"')
-                Fail("member name expected");
-            const std::string name = ReadString();
-            Expect(':');
-            if (!value.members.emplace(name, Value()).second)
-                Fail("duplicate member");
-            if (Peek() == '}')
-            {
-                ++m_nPos;
-                return;
-            }
-            Expect(',');
-        }
-    }
-
-    void ReadArray(CJsonValue& value)
-    {
-        value.kind = Array;
-        Expect('[');
-        if (Peek() == ']')
-        {
-            ++m_nPos;
-            return;
-        }
-        for (;;)
-        {
-            value.items.push_back(Value());
-            if (Peek() == ']')
-            {
-                ++m_nPos;
-                return;
-            }
-            Expect(',');
-        }
-    }
-
-    std::string ReadString()
+    std::string String()
     {
         Expect('"');
         std::string out;
@@ -144,31 +110,20 @@ private:
                 out += static_cast<char>(c);
                 continue;
             }
-            if (m_nPos >= m_text.size())
-                Fail("unfinished escape");
-            const char e = m_text[m_nPos++];
-            switch (e)
+            const char e = m_nPos < m_text.size() ? m_text[m_nPos++] : 0;
+            static const char kFrom[] = "\"\\/nrtbf", kTo[] = "\"\\/\n\r\t\b\f";
+            if (e && strchr(kFrom, e))
+                out += kTo[strchr(kFrom, e) - kFrom];
+            else if (e == 'u' && m_nPos + 4 <= m_text.size())
             {
-            case '"': case '\\': case '/': out += e; break;
-            case 'n': out += '\n'; break;
-            case 't': out += '\t'; break;
-            case 'r': out += '\r'; break;
-            case 'b': out += '\b'; break;
-            case 'f': out += '\f'; break;
-            case 'u':
-            {
-                if (m_nPos + 4 > m_text.size())
-                    Fail("short \\u escape");
                 const unsigned long u = strtoul(m_text.substr(m_nPos, 4).c_str(), nullptr, 16);
                 m_nPos += 4;
                 if (u >= 0x80)
                     Fail("\\u escape above ASCII is not expected from the probe");
                 out += static_cast<char>(u);
-                break;
             }
-            default:
-                Fail("unknown escape");
-            }
+            else
+                Fail("unknown or unfinished escape");
         }
         Expect('"');
         return out;

@@ -32,25 +32,22 @@ std::wstring CTempFolder::MakeFolder(const std::wstring& relative) const
 
 std::wstring CTempFolder::Write(const std::wstring& relative, const std::string& bytes) const
 {
-    const size_t nSlash = relative.find_last_of(L'\\');
-    if (nSlash != std::wstring::npos)
-        MakeFolder(relative.substr(0, nSlash));
-    const std::wstring path = Path(relative);
-    HANDLE hFile = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (relative.find(L'\\') != std::wstring::npos)
+        MakeFolder(relative.substr(0, relative.find_last_of(L'\\')));
+    HANDLE hFile = CreateFileW(Path(relative).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    DWORD cbWritten = 0;
     if (hFile != INVALID_HANDLE_VALUE)
     {
-        DWORD cbWritten = 0;
         WriteFile(hFile, bytes.data(), static_cast<DWORD>(bytes.size()), &cbWritten, nullptr);
         CloseHandle(hFile);
     }
-    return path;
+    return Path(relative);
 }
 
 std::wstring CTempFolder::CopyIn(const std::wstring& source, const std::wstring& relative) const
 {
-    const size_t nSlash = relative.find_last_of(L'\\');
-    if (nSlash != std::wstring::npos)
-        MakeFolder(relative.substr(0, nSlash));
+    if (relative.find(L'\\') != std::wstring::npos)
+        MakeFolder(relative.substr(0, relative.find_last_of(L'\\')));
     CopyFileW(source.c_str(), Path(relative).c_str(), FALSE);
     return Path(relative);
 }
@@ -59,19 +56,17 @@ void CTempFolder::Remove(const std::wstring& path)
 {
     WIN32_FIND_DATAW fd;
     HANDLE hFind = FindFirstFileW((path + L"\\*").c_str(), &fd);
-    if (hFind != INVALID_HANDLE_VALUE)
+    for (BOOL bMore = hFind != INVALID_HANDLE_VALUE; bMore; bMore = FindNextFileW(hFind, &fd))
     {
-        do
-        {
-            const std::wstring name = fd.cFileName;
-            if (name == L"." || name == L"..")
-                continue;
-            if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-                Remove(path + L"\\" + name);
-            else
-                DeleteFileW((path + L"\\" + name).c_str());
-        } while (FindNextFileW(hFind, &fd));
-        FindClose(hFind);
+        const std::wstring name = fd.cFileName, full = path + L"\\" + name;
+        if (name == L"." || name == L"..")
+            continue;
+        if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
+            Remove(full);
+        else
+            DeleteFileW(full.c_str());
     }
+    if (hFind != INVALID_HANDLE_VALUE)
+        FindClose(hFind);
     RemoveDirectoryW(path.c_str());
 }

@@ -1,13 +1,12 @@
 // No exception leaves a COM method: each allocation the engine makes on the host's thread is made
-// to fail in turn, and the call then answers E_OUTOFMEMORY (or its own documented refusal), hands
-// out nothing, and leaves the object as usable as before.
+// to fail in turn, and the call then answers its refusal, hands out nothing, leaks nothing and
+// leaves the object as usable as before.
 #include <windows.h>
 #include <olectl.h>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -22,63 +21,21 @@
 #include "tests/support/CRecordingSink.h"
 
 namespace {
-
-// The allocation to fail on this thread, counted from 1 (0: none), and how many were made.
-thread_local long t_nFailAt = 0;
+thread_local long t_nFailAt = 0; // the allocation to fail on this thread, from 1 (0: none)
 thread_local long t_nMade = 0;
-
-bool NextAllocationFails()
-{
-    return t_nFailAt != 0 && ++t_nMade == t_nFailAt;
-}
-
+void* Allocate(std::size_t cb) { return t_nFailAt && ++t_nMade == t_nFailAt ? nullptr : std::malloc(cb ? cb : 1); }
 } // namespace
 
-void* operator new(std::size_t cb)
-{
-    void* p = NextAllocationFails() ? nullptr : std::malloc(cb ? cb : 1);
-    if (!p)
-        throw std::bad_alloc();
-    return p;
-}
-void* operator new[](std::size_t cb)
-{
-    return operator new(cb);
-}
-void* operator new(std::size_t cb, const std::nothrow_t&) noexcept
-{
-    return NextAllocationFails() ? nullptr : std::malloc(cb ? cb : 1);
-}
-void* operator new[](std::size_t cb, const std::nothrow_t& tag) noexcept
-{
-    return operator new(cb, tag);
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
+void* operator new(std::size_t cb) { if (void* p = Allocate(cb)) return p; throw std::bad_alloc(); }
+void* operator new[](std::size_t cb) { return operator new(cb); }
+void* operator new(std::size_t cb, const std::nothrow_t&) noexcept { return Allocate(cb); }
+void* operator new[](std::size_t cb, const std::nothrow_t&) noexcept { return Allocate(cb); }
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete[](void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
-
-struct Case
-{
-    const char* pszName;
-    std::vector<HRESULT> refusals;    // what a call that found no memory may answer
-    std::function<HRESULT()> call;    // the call, made once per allocation point
-    std::function<void(HRESULT)> undo; // after each call: give back what it handed out, check what was left
-};
 
 class OutOfMemory : public ::testing::Test
 {
@@ -89,13 +46,13 @@ protected:
         m_parent = CreateWindowExW(0, L"STATIC", L"host", WS_POPUP, 0, 0, 320, 240, nullptr, nullptr, nullptr, nullptr);
         ASSERT_EQ(S_OK, CComCreator<CPlay>::CreateInstance(nullptr, IID_IPlay2, &m_play));
         ASSERT_EQ(S_OK, m_play->SetParentWindow(static_cast<LONG>(reinterpret_cast<LONG_PTR>(m_parent))));
-        ComPtr<IConnectionPointContainer> container;
-        ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
-        ASSERT_EQ(S_OK, container->FindConnectionPoint(IID_IPlayEvents, &m_events));
+        ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, m_container));
+        ASSERT_EQ(S_OK, m_container->FindConnectionPoint(IID_IPlayEvents, &m_events));
     }
     void TearDown() override
     {
         m_events.Reset();
+        m_container.Reset();
         m_play.Reset();
         DestroyWindow(m_parent);
         CoUninitialize();
@@ -103,119 +60,71 @@ protected:
 
     // Fails allocation 1, 2, ... of the call in turn, until a run makes fewer allocations than the
     // one that was to fail: that run must succeed. Answers how many allocation points were tried.
-    long FailEachAllocationInTurn(const Case& c)
+    long FailEachInTurn(const char* pszName, std::vector<HRESULT> refusals, const std::function<HRESULT()>& call,
+                        const std::function<void(HRESULT)>& after)
     {
-        for (long k = 1; k < 5000; ++k)
+        SCOPED_TRACE(pszName);
+        for (long k = 1; k < 5000 && !HasFailure(); ++k)
         {
             t_nMade = 0;
             t_nFailAt = k;
-            const HRESULT hr = c.call();
+            const HRESULT hr = call();
             t_nFailAt = 0;
-            const bool bFailed = t_nMade >= k;
-            c.undo(hr);
-            if (!bFailed)
+            after(hr);
+            if (t_nMade < k)
             {
-                EXPECT_EQ(S_OK, hr) << c.pszName << ": with every allocation served";
-                std::printf("%s: %ld allocation points failed in turn\n", c.pszName, k - 1);
+                EXPECT_EQ(S_OK, hr) << "with every allocation served";
                 return k - 1;
             }
-            EXPECT_NE(c.refusals.end(), std::find(c.refusals.begin(), c.refusals.end(), hr))
-                << c.pszName << ": allocation " << k << " failed, answer 0x" << std::hex << hr;
-            if (HasFailure())
-                return k;
+            EXPECT_NE(refusals.end(), std::find(refusals.begin(), refusals.end(), hr))
+                << "allocation " << k << " failed, answer 0x" << std::hex << hr;
         }
-        ADD_FAILURE() << c.pszName << " never ran to its end";
         return 0;
     }
+    // A call that hands out an object: nothing on failure, one the caller alone holds on success.
+    long HandsOut(const char* pszName, const std::function<HRESULT(void**)>& call)
+    {
+        const LONG lLocks = CModuleLock::Count();
+        void* pv = reinterpret_cast<void*>(1);
+        return FailEachInTurn(pszName, {E_OUTOFMEMORY}, [&] { return call(&pv); }, [&](HRESULT hr) {
+            if (SUCCEEDED(hr))
+                EXPECT_EQ(0u, static_cast<IUnknown*>(pv)->Release());
+            else
+                EXPECT_EQ(nullptr, pv);
+            EXPECT_EQ(lLocks, CModuleLock::Count()) << "an object left alive";
+        });
+    }
 
-    HRESULT Open(std::wstring& path) { return m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, nullptr); }
-
-    // Sinks outlive the Play object, which still holds them until TearDown.
-    std::vector<CRecordingSink::Entry> m_log;
+    std::vector<CRecordingSink::Entry> m_log; // the sinks outlive the Play object
     CRecordingSink m_sinks[5] = {{"a", &m_log}, {"b", &m_log}, {"c", &m_log}, {"d", &m_log}, {"e", &m_log}};
     HWND m_parent = nullptr;
     ComPtr<IPlay2> m_play;
+    ComPtr<IConnectionPointContainer> m_container;
     ComPtr<IConnectionPoint> m_events;
 };
 
-TEST_F(OutOfMemory, CreatingObjectsAnswersOutOfMemoryAndHandsOutNothing)
+TEST_F(OutOfMemory, CreatingObjectsAndEnumeratorsAnswersOutOfMemoryAndHandsOutNothing)
 {
-    const LONG lLocks = CModuleLock::Count();
-    for (bool bPlay : {true, false})
-    {
-        void* pv = reinterpret_cast<void*>(1);
-        const Case c = {bPlay ? "Play" : "QueryFileInfo", {E_OUTOFMEMORY},
-                        [&] {
-                            return bPlay ? CComCreator<CPlay>::CreateInstance(nullptr, IID_IPlay2, &pv)
-                                         : CComCreator<CQueryFileInfo>::CreateInstance(nullptr, IID_IQueryFileInfo, &pv);
-                        },
-                        [&](HRESULT hr) {
-                            if (SUCCEEDED(hr))
-                            {
-                                static_cast<IUnknown*>(pv)->Release();
-                            }
-                            else
-                            {
-                                EXPECT_EQ(nullptr, pv);
-                            }
-                            EXPECT_EQ(lLocks, CModuleLock::Count()) << "an object left alive";
-                        }};
-        EXPECT_GT(FailEachAllocationInTurn(c), 1) << "the dispatcher and its back-ends are allocated";
-    }
-}
-
-TEST_F(OutOfMemory, EnumeratorsAnswerOutOfMemoryAndTheObjectEnumeratesAfterwards)
-{
+    EXPECT_GT(HandsOut("Play", [](void** ppv) { return CComCreator<CPlay>::CreateInstance(nullptr, IID_IPlay2, ppv); }),
+              1) << "the dispatcher and its back-ends are allocated";
+    EXPECT_GT(HandsOut("QueryFileInfo",
+                       [](void** ppv) { return CComCreator<CQueryFileInfo>::CreateInstance(nullptr, IID_IQueryFileInfo, ppv); }),
+              1);
     DWORD dwCookie = 0;
     for (int i = 0; i < 3; ++i)
         ASSERT_EQ(S_OK, m_events->Advise(&m_sinks[i], &dwCookie));
-
-    ComPtr<IConnectionPointContainer> container;
-    ASSERT_EQ(S_OK, QueryTo(m_play, IID_IConnectionPointContainer, container));
-    IEnumConnectionPoints* pPoints = reinterpret_cast<IEnumConnectionPoints*>(1);
-    const Case points = {"EnumConnectionPoints", {E_OUTOFMEMORY}, [&] { return container->EnumConnectionPoints(&pPoints); },
-                         [&](HRESULT hr) {
-                             if (SUCCEEDED(hr))
-                             {
-                                 EXPECT_EQ(0u, pPoints->Release());
-                             }
-                             else
-                             {
-                                 EXPECT_EQ(nullptr, pPoints);
-                             }
-                         }};
-    EXPECT_GT(FailEachAllocationInTurn(points), 0);
-
-    IEnumConnections* pConnections = reinterpret_cast<IEnumConnections*>(1);
-    const Case connections = {"EnumConnections", {E_OUTOFMEMORY}, [&] { return m_events->EnumConnections(&pConnections); },
-                              [&](HRESULT hr) {
-                                  if (SUCCEEDED(hr))
-                                  {
-                                      EXPECT_EQ(0u, pConnections->Release());
-                                  }
-                                  else
-                                  {
-                                      EXPECT_EQ(nullptr, pConnections);
-                                  }
-                                  for (int i = 0; i < 3; ++i)
-                                      EXPECT_EQ(1, m_sinks[i].OutsideRefs()) << "only the connection holds a sink";
-                              }};
-    EXPECT_GT(FailEachAllocationInTurn(connections), 0);
-
+    EXPECT_GT(HandsOut("EnumConnectionPoints",
+                       [&](void** ppv) { return m_container->EnumConnectionPoints(reinterpret_cast<IEnumConnectionPoints**>(ppv)); }),
+              0);
+    EXPECT_GT(HandsOut("EnumConnections",
+                       [&](void** ppv) { return m_events->EnumConnections(reinterpret_cast<IEnumConnections**>(ppv)); }),
+              0);
     ComPtr<IEnumConnections> original;
     ASSERT_EQ(S_OK, m_events->EnumConnections(&original));
-    IEnumConnections* pClone = reinterpret_cast<IEnumConnections*>(1);
-    const Case clone = {"Clone", {E_OUTOFMEMORY}, [&] { return original->Clone(&pClone); }, [&](HRESULT hr) {
-                            if (SUCCEEDED(hr))
-                            {
-                                EXPECT_EQ(0u, pClone->Release());
-                            }
-                            else
-                            {
-                                EXPECT_EQ(nullptr, pClone);
-                            }
-                        }};
-    EXPECT_GT(FailEachAllocationInTurn(clone), 0);
+    EXPECT_GT(HandsOut("Clone", [&](void** ppv) { return original->Clone(reinterpret_cast<IEnumConnections**>(ppv)); }), 0);
+    original.Reset();
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(1, m_sinks[i].OutsideRefs()) << "only the connection holds a sink";
 }
 
 TEST_F(OutOfMemory, AdvisingPastTheListsRoomIsRefusedAndTheSinkIsNotHeld)
@@ -223,45 +132,44 @@ TEST_F(OutOfMemory, AdvisingPastTheListsRoomIsRefusedAndTheSinkIsNotHeld)
     DWORD dwCookie = 0;
     for (int i = 0; i < 4; ++i)
         ASSERT_EQ(S_OK, m_events->Advise(&m_sinks[i], &dwCookie));
-    const Case advise = {"Advise", {CONNECT_E_ADVISELIMIT}, [&] { return m_events->Advise(&m_sinks[4], &dwCookie); },
-                         [&](HRESULT hr) {
-                             if (SUCCEEDED(hr))
-                             {
-                                 EXPECT_EQ(S_OK, m_events->Unadvise(dwCookie));
-                             }
-                             EXPECT_EQ(0, m_sinks[4].OutsideRefs());
-                         }};
-    EXPECT_EQ(1, FailEachAllocationInTurn(advise)) << "the fifth sink grows the list once";
+    EXPECT_EQ(1, FailEachInTurn("Advise", {CONNECT_E_ADVISELIMIT}, [&] { return m_events->Advise(&m_sinks[4], &dwCookie); },
+                                [&](HRESULT hr) {
+                                    if (SUCCEEDED(hr))
+                                        EXPECT_EQ(S_OK, m_events->Unadvise(dwCookie));
+                                    else
+                                        EXPECT_EQ(0u, dwCookie);
+                                    EXPECT_EQ(0, m_sinks[4].OutsideRefs());
+                                }))
+        << "the fifth sink grows the list once";
 }
 
-// A movie opens through the QuickTime back-end and its layer, which allocate as they go. The layer
-// answers a failed allocation as the toolbox does (memFullErr, or a null track or controller), and
-// the back-end reads some of those answers as it would from QuickTime: no movie object made at
-// start-up is only traced by the dispatcher and the open then answers E_FAIL; no visual track
-// means a sound. What must hold: no exception, and the object opens the movie right afterwards.
+// A movie opens through the QuickTime back-end and its layer, which answer a failed allocation as
+// the toolbox does (memFullErr, or a null track or controller): the open may then answer E_FAIL,
+// or S_OK for what it reads as a sound. What must hold: no exception, and the next call succeeds.
 TEST_F(OutOfMemory, OpeningAndQueryingAMovieAnswerOutOfMemoryAndTheNextCallSucceeds)
 {
     const std::string folder = TESSALY_QT_MEDIA_DIR;
     std::wstring movie(folder.begin(), folder.end());
     movie += L"\\clip.mov";
     std::replace(movie.begin(), movie.end(), L'/', L'\\');
-    const Case open = {"OpenFile", {E_OUTOFMEMORY, E_FAIL, S_OK}, [&] { return Open(movie); }, [&](HRESULT) {
-                           EXPECT_EQ(S_OK, m_play->CloseFile());
-                           EXPECT_EQ(S_OK, Open(movie)) << "the object opens files after the failure";
-                           EXPECT_EQ(S_OK, m_play->CloseFile());
-                       }};
-    EXPECT_GT(FailEachAllocationInTurn(open), 0);
+    auto open = [&] { return m_play->OpenFile(&movie[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, nullptr); };
+    EXPECT_GT(FailEachInTurn("OpenFile", {E_OUTOFMEMORY, E_FAIL, S_OK}, open, [&](HRESULT) {
+                  EXPECT_EQ(S_OK, m_play->CloseFile());
+                  EXPECT_EQ(S_OK, open()) << "the object opens files after the failure";
+                  EXPECT_EQ(S_OK, m_play->CloseFile());
+              }),
+              0);
 
     ComPtr<IQueryFileInfo> query;
     ASSERT_EQ(S_OK, CComCreator<CQueryFileInfo>::CreateInstance(nullptr, IID_IQueryFileInfo, &query));
     TESSALY_FILEINFO info = {};
-    const Case ask = {"GetFileInfo", {E_OUTOFMEMORY, E_FAIL, S_OK}, [&] { return query->GetFileInfo(&movie[0], &info); },
-                      [&](HRESULT) {
-                          TESSALY_FILEINFO again = {};
-                          EXPECT_EQ(S_OK, query->GetFileInfo(&movie[0], &again));
-                          EXPECT_EQ(160u, again.dwWidth);
-                      }};
-    EXPECT_GT(FailEachAllocationInTurn(ask), 0);
+    EXPECT_GT(FailEachInTurn("GetFileInfo", {E_OUTOFMEMORY, E_FAIL, S_OK}, [&] { return query->GetFileInfo(&movie[0], &info); },
+                             [&](HRESULT) {
+                                 TESSALY_FILEINFO again = {};
+                                 EXPECT_EQ(S_OK, query->GetFileInfo(&movie[0], &again));
+                                 EXPECT_EQ(160u, again.dwWidth);
+                             }),
+              0);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// The probe's two report forms, read back the way their readers would: JSON by a parser, text by
-// a person counting lines.
+// The probe's pieces: how files and folders become the list it asks about, and its two report
+// forms read back the way their readers would, JSON by a strict parser, text by a person.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,6 +7,8 @@
 #include <sstream>
 
 #include "CJsonValue.h"
+#include "CTempFolder.h"
+#include "hosts/probe/CFileWalker.h"
 #include "hosts/probe/CJsonReport.h"
 #include "hosts/probe/CTextReport.h"
 
@@ -51,6 +53,49 @@ std::string Report(const std::vector<CProbeResult>& results)
     return out;
 }
 
+std::vector<std::wstring> PathsOf(const std::vector<CProbeTarget>& targets, HRESULT hrAll = S_OK)
+{
+    std::vector<std::wstring> paths;
+    for (const CProbeTarget& target : targets)
+    {
+        paths.push_back(target.path);
+        EXPECT_EQ(hrAll, target.hrFound) << target.path.c_str();
+    }
+    return paths;
+}
+
+TEST(FileWalker, FoldersAreWalkedRecursivelyInNameOrderIgnoringCaseAndRelativeNamesMadeFull)
+{
+    CTempFolder temp;
+    for (const wchar_t* pwsz : {L"b.wav", L"A.mp3", L"sub\\deeper\\c.wmv", L"sub\\a.wma", L"c.ogg"})
+        temp.Write(pwsz, "x");
+    temp.MakeFolder(L"empty");
+    EXPECT_EQ((std::vector<std::wstring>{temp.Path(L"A.mp3"), temp.Path(L"b.wav"), temp.Path(L"c.ogg"),
+                                         temp.Path(L"sub\\a.wma"), temp.Path(L"sub\\deeper\\c.wmv")}),
+              PathsOf(CFileWalker::Expand({temp.Path()})));
+
+    wchar_t wszOld[MAX_PATH];
+    GetCurrentDirectoryW(MAX_PATH, wszOld);
+    SetCurrentDirectoryW(temp.Path(L"sub").c_str());
+    const std::vector<CProbeTarget> targets = CFileWalker::Expand({L"a.wma", L"deeper"});
+    SetCurrentDirectoryW(wszOld);
+    EXPECT_EQ((std::vector<std::wstring>{temp.Path(L"sub\\a.wma"), temp.Path(L"sub\\deeper\\c.wmv")}), PathsOf(targets));
+}
+
+TEST(FileWalker, FilesKeepTheOrderGivenAndMissingNamesCarryTheirError)
+{
+    CTempFolder temp;
+    const std::wstring second = temp.Write(L"2.wav", "x"), first = temp.Write(L"1.wav", "x");
+    const std::vector<CProbeTarget> targets =
+        CFileWalker::Expand({second, temp.Path(L"missing.wav"), first, temp.Path(L"no-folder\\x.wav")});
+    ASSERT_EQ(4u, targets.size());
+    EXPECT_EQ(second, targets[0].path);
+    EXPECT_EQ(S_OK, targets[0].hrFound);
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), targets[1].hrFound);
+    EXPECT_EQ(first, targets[2].path);
+    EXPECT_TRUE(FAILED(targets[3].hrFound));
+}
+
 TEST(JsonReport, EntriesCarryWhatTheEngineAnsweredAndFailuresTheirCode)
 {
     const CJsonValue doc = CJsonValue::Parse(Report<CJsonReport>(
@@ -91,26 +136,22 @@ TEST(JsonReport, EntriesCarryWhatTheEngineAnsweredAndFailuresTheirCode)
     EXPECT_EQ("TESSALY_E_NOTSUPPORTED", summary["failures"].items[0]["resultName"].text);
 }
 
-TEST(JsonReport, AnyPathSurvivesAsAValidString)
+TEST(JsonReport, AnyPathAnEmptyRunAndAnEndlessDurationMakeValidJson)
 {
     const std::wstring awkward = L"C:\\\"quoted\"\\tab\there\\new\nline\\caf\x00E9 \x266B\\x.wav";
     const CJsonValue doc = CJsonValue::Parse(Report<CJsonReport>({Failed(awkward, E_FAIL)}));
     EXPECT_EQ("C:\\\"quoted\"\\tab\there\\new\nline\\caf\xC3\xA9 \xE2\x99\xAB\\x.wav", doc["files"].items[0]["path"].text);
-}
 
-TEST(JsonReport, AnEmptyRunAndAnEndlessDurationAreStillValidJson)
-{
     const CJsonValue empty = CJsonValue::Parse(Report<CJsonReport>({}));
     EXPECT_TRUE(empty["files"].items.empty());
     EXPECT_EQ(0, empty["summary"]["files"].number);
-
     const CJsonValue endless =
         CJsonValue::Parse(Report<CJsonReport>({Answered(L"live.wmv", std::numeric_limits<double>::infinity(), 0)}));
     EXPECT_EQ(CJsonValue::Null, endless["files"].items[0]["duration"].kind);
     EXPECT_DOUBLE_EQ(0.0, endless["summary"]["mediaSeconds"].number);
 }
 
-TEST(TextReport, OneLinePerFileBetweenAHeadingAndTheSummary)
+TEST(TextReport, OneLinePerFileBetweenAHeadingAndTheSummaryWithTheKindsNamed)
 {
     const std::string text = Report<CTextReport>({Answered(L"C:\\m\\clip.wmv", 2.0, TESSALY_FILEINFO_SEEKABLE, 320, 240),
                                                Failed(L"C:\\m\\notes.txt", TESSALY_E_NOTSUPPORTED),
@@ -127,10 +168,6 @@ TEST(TextReport, OneLinePerFileBetweenAHeadingAndTheSummary)
     EXPECT_NE(std::string::npos, lines[2].find("0x8004A000 TESSALY_E_NOTSUPPORTED"));
     EXPECT_NE(std::string::npos, lines[4].find("3 files: 1 answered, 2 failed"));
     EXPECT_NE(std::string::npos, lines[5].find("2 x 0x8004A000 TESSALY_E_NOTSUPPORTED"));
-}
-
-TEST(TextReport, KindNamesTheAttributeBits)
-{
     EXPECT_EQ("audio-only,seekable",
               CTextReport::Flags(Answered(L"a", 1.0, TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE)));
     EXPECT_EQ("picture", CTextReport::Flags(Answered(L"p", 0.0, TESSALY_FILEINFO_PICTURE)));
