@@ -65,56 +65,46 @@ protected:
     CDllModule m_module{kRecorder};
 };
 
-TEST_F(ModuleStartup, QuickTimeStartsOnceAndStopsAfterTheLastUser)
+// Whatever the start-up answers, QuickTime is started once for its users and stopped once after
+// the last; what the module then reports depends on the answers.
+TEST_F(ModuleStartup, QuickTimeStartsOnceStopsAfterTheLastUserAndReportsWhatItsStartUpAnswered)
 {
-    m_module.InitQT();
-    m_module.InitQT();
-    EXPECT_EQ(1, g_calls.initializeQTML);
-    EXPECT_EQ(1, g_calls.enterMovies);
-    EXPECT_TRUE(m_module.IsQTInstalled());
-    EXPECT_TRUE(m_module.IsQTVersionSupported()) << "7.2";
-
-    m_module.DeInitQT();
-    EXPECT_EQ(0, g_calls.exitMovies);
-    m_module.DeInitQT();
-    EXPECT_EQ(1, g_calls.exitMovies);
-    EXPECT_EQ(1, g_calls.terminateQTML);
-    m_module.DeInitQT(); // nothing left to stop
-    EXPECT_EQ(1, g_calls.exitMovies);
-}
-
-TEST_F(ModuleStartup, FailedQuickTimeStartUpsAreStillCountedAndShutDownOnce)
-{
-    g_calls.initializeQTMLResult = qtmlDllLoadErr;
-    m_module.InitQT();
-    m_module.InitQT();
-    EXPECT_EQ(1, g_calls.initializeQTML);
-    EXPECT_EQ(0, g_calls.enterMovies);
-    EXPECT_EQ(0, g_calls.gestalt);
-    EXPECT_FALSE(m_module.IsQTInstalled());
-    EXPECT_FALSE(m_module.IsQTVersionSupported());
-
-    m_module.DeInitQT();
-    EXPECT_EQ(0, g_calls.exitMovies);
-    m_module.DeInitQT();
-    EXPECT_EQ(1, g_calls.exitMovies);
-    EXPECT_EQ(1, g_calls.terminateQTML);
-}
-
-TEST_F(ModuleStartup, AnEnterMoviesFailureMeansNotInstalled)
-{
-    g_calls.enterMoviesResult = -1;
-    m_module.InitQT();
-    EXPECT_FALSE(m_module.IsQTInstalled());
-    EXPECT_EQ(0, g_calls.gestalt);
-}
-
-TEST_F(ModuleStartup, QuickTimeOlderThanSevenIsInstalledButNotSupported)
-{
-    g_calls.version = 0x06508000;
-    m_module.InitQT();
-    EXPECT_TRUE(m_module.IsQTInstalled());
-    EXPECT_FALSE(m_module.IsQTVersionSupported());
+    struct Scenario
+    {
+        const char* pszWhat;
+        OSErr initializeQTML, enterMovies;
+        long version;
+        bool bInstalled, bSupported;
+        int nEnterMovies, nGestalt;
+    } const scenarios[] = {
+        {"7.2", 0, 0, 0x07208000, true, true, 1, 1},
+        {"older than 7", 0, 0, 0x06508000, true, false, 1, 1},
+        {"EnterMovies fails", 0, -1, 0x07208000, false, false, 1, 0},
+        {"QTML does not load", qtmlDllLoadErr, 0, 0x07208000, false, false, 0, 0},
+    };
+    for (const Scenario& sc : scenarios)
+    {
+        SCOPED_TRACE(sc.pszWhat);
+        g_calls = Calls();
+        g_calls.initializeQTMLResult = sc.initializeQTML;
+        g_calls.enterMoviesResult = sc.enterMovies;
+        g_calls.version = sc.version;
+        CDllModule module{kRecorder};
+        module.InitQT();
+        module.InitQT();
+        EXPECT_EQ(1, g_calls.initializeQTML);
+        EXPECT_EQ(sc.nEnterMovies, g_calls.enterMovies);
+        EXPECT_EQ(sc.nGestalt, g_calls.gestalt);
+        EXPECT_EQ(sc.bInstalled, module.IsQTInstalled());
+        EXPECT_EQ(sc.bSupported, module.IsQTVersionSupported());
+        module.DeInitQT();
+        EXPECT_EQ(0, g_calls.exitMovies);
+        module.DeInitQT();
+        EXPECT_EQ(1, g_calls.exitMovies);
+        EXPECT_EQ(1, g_calls.terminateQTML);
+        module.DeInitQT(); // nothing left to stop
+        EXPECT_EQ(1, g_calls.exitMovies);
+    }
 }
 
 TEST_F(ModuleStartup, OnceStartedQuickTimeStaysInstalledEvenIfALaterStartUpFails)

@@ -31,47 +31,30 @@ void* NewestFrame()
 #endif
 }
 
-// The proxy class is named after the first interface of the proxy table.
-const CLSID& kProxyClass = IID_IPlay2;
-
 // Answers IQueryFileInfo and ITextDisplay, remembering what it was sent.
 class RecordingObject : public IQueryFileInfo, public ITextDisplay
 {
 public:
     std::wstring lastPath;
     LOGFONTW lastFont = {};
-    LONG lastForce = -1;
+    LONG lastForce = -1, refs = 1;
     HRESULT answer = S_OK;
 
     STDMETHODIMP QueryInterface(REFIID riid, void** ppv) override
     {
-        if (riid == IID_IUnknown || riid == IID_IQueryFileInfo)
-            *ppv = static_cast<IQueryFileInfo*>(this);
-        else if (riid == IID_ITextDisplay)
-            *ppv = static_cast<ITextDisplay*>(this);
-        else
-        {
-            *ppv = nullptr;
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
+        *ppv = riid == IID_IUnknown || riid == IID_IQueryFileInfo ? static_cast<void*>(static_cast<IQueryFileInfo*>(this))
+               : riid == IID_ITextDisplay ? static_cast<ITextDisplay*>(this) : nullptr;
+        return *ppv ? (AddRef(), S_OK) : E_NOINTERFACE;
     }
-    STDMETHODIMP_(ULONG) AddRef() override { return InterlockedIncrement(&m_refs); }
-    STDMETHODIMP_(ULONG) Release() override { return InterlockedDecrement(&m_refs); }
-
+    STDMETHODIMP_(ULONG) AddRef() override { return InterlockedIncrement(&refs); }
+    STDMETHODIMP_(ULONG) Release() override { return InterlockedDecrement(&refs); }
     STDMETHODIMP GetFileInfo(LPWSTR wszFilepath, TESSALY_FILEINFO* pInfo) override
     {
         lastPath = wszFilepath;
-        if (FAILED(answer))
-            return answer;
-        pInfo->dwAttributeMask = TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE;
-        pInfo->dDuration = 12.5;
-        pInfo->dwWidth = 640;
-        pInfo->dwHeight = 480;
-        return S_OK;
+        if (SUCCEEDED(answer))
+            *pInfo = {TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE, 12.5, 640, 480};
+        return answer;
     }
-
     STDMETHODIMP SetGradientBkColor(ULONG, ULONG, LONG) override { return S_OK; }
     STDMETHODIMP SetTextColor(ULONG, LONG) override { return S_OK; }
     STDMETHODIMP SetFont(LOGFONTW* plf, LONG bForceRefresh) override
@@ -91,42 +74,32 @@ public:
         *pcrColor = 0x00ABCDEF;
         return S_OK;
     }
-
-    LONG refs() const { return m_refs; }
-
-private:
-    LONG m_refs = 1;
 };
 
-// Makes the built-in proxy class known to the calling apartment, without the registry.
-class ProxyRegistration
+// Makes the built-in proxy class (named after the first interface of the proxy table) known to
+// the calling apartment, without the registry.
+struct ProxyRegistration
 {
-public:
+    HRESULT hr = E_FAIL;
+    DWORD dwCookie = 0;
     ProxyRegistration()
     {
         ComPtr<IUnknown> factory;
-        m_hr = PrxDllGetClassObject(kProxyClass, IID_IUnknown, &factory);
-        if (SUCCEEDED(m_hr))
-            m_hr = CoRegisterClassObject(kProxyClass, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_cookie);
+        hr = PrxDllGetClassObject(IID_IPlay2, IID_IUnknown, &factory);
+        if (SUCCEEDED(hr))
+            hr = CoRegisterClassObject(IID_IPlay2, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &dwCookie);
         for (const IID* iid : {&IID_IPlay, &IID_IPlay2, &IID_IPlayCD, &IID_ITextDisplay, &IID_IPlayEvents,
                                &IID_IPlayCDEvents, &IID_IQueryFileInfo})
-        {
-            if (SUCCEEDED(m_hr))
-                m_hr = CoRegisterPSClsid(*iid, kProxyClass);
-        }
+            hr = SUCCEEDED(hr) ? CoRegisterPSClsid(*iid, IID_IPlay2) : hr;
     }
     ~ProxyRegistration()
     {
-        if (m_cookie)
-            CoRevokeClassObject(m_cookie);
+        if (dwCookie)
+            CoRevokeClassObject(dwCookie);
     }
-    HRESULT result() const { return m_hr; }
-
-private:
-    HRESULT m_hr = E_FAIL;
-    DWORD m_cookie = 0;
 };
 
+// The object is served by an apartment of its own thread; the test's apartment holds a proxy.
 class ProxyStub : public ::testing::Test
 {
 protected:
@@ -134,25 +107,37 @@ protected:
     {
         ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
         m_registration = new ProxyRegistration;
-        ASSERT_EQ(S_OK, m_registration->result());
-        m_ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-        m_server = std::thread([this] { Serve(); });
-        WaitForSingleObject(m_ready, INFINITE);
+        ASSERT_EQ(S_OK, m_registration->hr);
+        HANDLE hReady = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        m_server = std::thread([this, hReady] {
+            CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+            {
+                ProxyRegistration registration;
+                MSG msg;
+                PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE); // the thread needs a queue for WM_QUIT
+                m_serverThreadId = GetCurrentThreadId();
+                m_serverResult = FAILED(registration.hr) ? registration.hr
+                                 : CoMarshalInterThreadInterfaceInStream(IID_IQueryFileInfo, static_cast<IQueryFileInfo*>(&m_object), &m_stream);
+                SetEvent(hReady);
+                while (GetMessageW(&msg, nullptr, 0, 0) > 0)
+                    DispatchMessageW(&msg);
+            }
+            CoUninitialize();
+        });
+        WaitForSingleObject(hReady, INFINITE);
+        CloseHandle(hReady);
         ASSERT_EQ(S_OK, m_serverResult);
         ASSERT_EQ(S_OK, CoGetInterfaceAndReleaseStream(m_stream, IID_IQueryFileInfo, &m_proxy));
         ASSERT_NE(static_cast<IQueryFileInfo*>(&m_object), m_proxy.Get()) << "a proxy, not the object";
     }
-
     void TearDown() override
     {
         m_proxy.Reset();
         StopServer();
-        EXPECT_EQ(1, m_object.refs()) << "the stub let go of the object";
-        CloseHandle(m_ready);
+        EXPECT_EQ(1, m_object.refs) << "the stub let go of the object";
         delete m_registration;
         CoUninitialize();
     }
-
     void StopServer()
     {
         if (m_server.joinable())
@@ -162,56 +147,14 @@ protected:
         }
     }
 
-    // The server apartment: registers the proxy class too, hands out the object, pumps.
-    void Serve()
-    {
-        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        {
-            ProxyRegistration registration;
-            MSG msg;
-            PeekMessageW(&msg, nullptr, 0, 0, PM_NOREMOVE); // the thread needs a queue for WM_QUIT
-            m_serverThreadId = GetCurrentThreadId();
-            m_serverResult = registration.result();
-            if (SUCCEEDED(m_serverResult))
-                m_serverResult = CoMarshalInterThreadInterfaceInStream(
-                    IID_IQueryFileInfo, static_cast<IQueryFileInfo*>(&m_object), &m_stream);
-            SetEvent(m_ready);
-            while (GetMessageW(&msg, nullptr, 0, 0) > 0)
-                DispatchMessageW(&msg);
-        }
-        CoUninitialize();
-    }
-
     RecordingObject m_object;
     ProxyRegistration* m_registration = nullptr;
-    HANDLE m_ready = nullptr;
     std::thread m_server;
     DWORD m_serverThreadId = 0;
     HRESULT m_serverResult = E_FAIL;
     IStream* m_stream = nullptr;
     ComPtr<IQueryFileInfo> m_proxy;
 };
-
-TEST_F(ProxyStub, CarriesAStringInAndARecordBack)
-{
-    TESSALY_FILEINFO info = {};
-    WCHAR path[] = L"C:\\Media\\song.mp3";
-    EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
-    EXPECT_EQ(L"C:\\Media\\song.mp3", m_object.lastPath);
-    EXPECT_EQ(TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE, info.dwAttributeMask);
-    EXPECT_EQ(12.5, info.dDuration);
-    EXPECT_EQ(640u, info.dwWidth);
-    EXPECT_EQ(480u, info.dwHeight);
-}
-
-TEST_F(ProxyStub, ReturnsTheObjectsFailureCodeUnchanged)
-{
-    m_object.answer = TESSALY_E_NOTSUPPORTED;
-    TESSALY_FILEINFO info = {};
-    WCHAR path[] = L"C:\\Media\\notes.txt";
-    EXPECT_EQ(TESSALY_E_NOTSUPPORTED, m_proxy->GetFileInfo(path, &info));
-    EXPECT_EQ(L"C:\\Media\\notes.txt", m_object.lastPath);
-}
 
 TEST_F(ProxyStub, CarriesTheFontRecordAndColourOutputsOfTheTextInterface)
 {
@@ -236,35 +179,30 @@ TEST_F(ProxyStub, CarriesTheFontRecordAndColourOutputsOfTheTextInterface)
 }
 
 // The proxy raises for a null reference before anything is sent; its exception frame must turn
-// that into a result code, and leave the thread's frame chain intact for the calls that follow.
-TEST_F(ProxyStub, ANullReferenceIsRefusedByTheProxyAndLaterCallsStillWork)
+// that into a result code and leave the thread's frame chain as it found it: a frame left behind
+// would point into a dead stack and take the next exception anywhere.
+TEST_F(ProxyStub, NullReferencesAreRefusedByTheProxyAndLeaveNoExceptionFrameBehind)
 {
+    void* const pBefore = NewestFrame();
     TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    WCHAR path[] = L"C:\\Media\\song.mp3";
     EXPECT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(nullptr, &info));
     EXPECT_EQ(0u, info.dwAttributeMask) << "outputs are cleared";
     EXPECT_EQ(0.0, info.dDuration);
     EXPECT_TRUE(m_object.lastPath.empty()) << "nothing reached the object";
-
-    WCHAR path[] = L"C:\\Media\\again.mp3";
-    EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
-    EXPECT_EQ(12.5, info.dDuration);
-    EXPECT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(path, nullptr));
-    EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
-}
-
-// A frame left behind would point into a dead stack and take the next exception anywhere.
-TEST_F(ProxyStub, RefusedCallsLeaveNoExceptionFrameBehind)
-{
-    void* const pBefore = NewestFrame();
-    TESSALY_FILEINFO info = {};
-    WCHAR path[] = L"C:\\Media\\song.mp3";
     for (int i = 0; i < 1000; ++i)
     {
-        ASSERT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(i % 2 ? nullptr : path,
-                                                                                 i % 2 ? &info : nullptr));
+        ASSERT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), m_proxy->GetFileInfo(i % 2 ? nullptr : path, i % 2 ? &info : nullptr));
         ASSERT_EQ(pBefore, NewestFrame()) << "after call " << i;
     }
+    m_object.answer = TESSALY_E_NOTSUPPORTED;
+    EXPECT_EQ(TESSALY_E_NOTSUPPORTED, m_proxy->GetFileInfo(path, &info)) << "the object's code, unchanged";
+    m_object.answer = S_OK;
     EXPECT_EQ(S_OK, m_proxy->GetFileInfo(path, &info));
+    EXPECT_EQ(L"C:\\Media\\song.mp3", m_object.lastPath);
+    EXPECT_EQ(TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE, info.dwAttributeMask);
+    EXPECT_EQ(12.5, info.dDuration);
+    EXPECT_EQ(480u, info.dwHeight);
     EXPECT_EQ(pBefore, NewestFrame());
 }
 

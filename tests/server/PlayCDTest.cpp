@@ -1,43 +1,30 @@
 // A host plays a range of audio-CD tracks through the registered library from a disc image standing
-// for drive T, and hears each track end through the CD events and the range's end through the others.
+// for a drive, and hears each track end through the CD events and the range's end through the others.
 #include <windows.h>
-#include <ocidl.h>
 
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "CDiscImageWriter.h"
 #include "CImageFolder.h"
+#include "ServerHost.h"
 #include "cdimage/CDiscImageSetting.h"
-#include "engine/ComPtr.h"
-#include "engine/TessalyContract.h"
-#include "tests/support/CMessagePump.h"
-#include "tests/support/CRecordingSink.h"
 
 namespace {
 
-class PlayCD : public ::testing::Test
-{
-protected:
-    void SetUp() override { ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)); }
-    void TearDown() override
-    {
-        CDiscImageSetting::Clear(L'P');
-        CoUninitialize();
-    }
-};
+using PlayCD = ComApartment;
 
 TEST_F(PlayCD, ARangePlaysWithANoticeAtEachTrackEndThenCompletesAndRefusedRangesAnswerOne)
 {
+    struct ClearedAfter
+    {
+        ~ClearedAfter() { CDiscImageSetting::Clear(L'P'); }
+    } cleared;
     CImageFolder folder;
     const std::string cue = CDiscImageWriter::Write(folder.Path(), "disc", {{440.0, 75}, {660.0, 120}, {880.0, 40}});
-    std::wstring wide(cue.size(), L'\0');
-    wide.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, cue.c_str(), static_cast<int>(cue.size()),
-                                                        &wide[0], static_cast<int>(wide.size()))));
-    ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Set(L'P', wide));
-    std::vector<CRecordingSink::Entry> log;
+    ASSERT_EQ(ERROR_SUCCESS, CDiscImageSetting::Set(L'P', std::wstring(cue.begin(), cue.end())));
+    CServerHost::Log log;
     CRecordingSink sink("host", &log);
     ComPtr<IPlayCD> play;
     ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlayCD, &play));
@@ -50,7 +37,6 @@ TEST_F(PlayCD, ARangePlaysWithANoticeAtEachTrackEndThenCompletesAndRefusedRanges
         ASSERT_EQ(S_OK, container->FindConnectionPoint(i ? IID_IPlayEvents : IID_IPlayCDEvents, &points[i]));
         ASSERT_EQ(S_OK, points[i]->Advise(&sink, &cookies[i]));
     }
-
     // The back-end answers 1 for a range it refuses, which a host counts as success; a drive with
     // no image and no disc fails to open on the CD audio device and is refused the same way.
     EXPECT_EQ(S_FALSE, play->OpenCD(L'P', 3, 1));

@@ -5,12 +5,11 @@
 
 #include <string>
 
-#include "ServerPaths.h"
-#include "engine/TessalyContract.h"
+#include "ServerHost.h"
 
 namespace {
 
-std::wstring GuidString(const GUID& guid)
+std::wstring Guid(const GUID& guid)
 {
     WCHAR wsz[40] = {};
     StringFromGUID2(guid, wsz, 40);
@@ -33,135 +32,105 @@ DWORD RunRegsvr32(const wchar_t* pwszOptions)
     return dwExit;
 }
 
-bool KeyExists(const std::wstring& key)
-{
-    HKEY hKey = nullptr;
-    if (RegOpenKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, KEY_READ, &hKey) != ERROR_SUCCESS)
-        return false;
-    RegCloseKey(hKey);
-    return true;
-}
-
-// The string value, or "<missing>".
-std::wstring Value(const std::wstring& key, const wchar_t* pwszName = nullptr)
-{
-    WCHAR wsz[1024] = {};
-    DWORD cb = sizeof(wsz) - sizeof(WCHAR);
-    DWORD dwType = 0;
-    if (RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), pwszName, RRF_RT_ANY, &dwType, wsz, &cb) != ERROR_SUCCESS)
-        return L"<missing>";
-    return dwType == REG_SZ ? std::wstring(wsz) : L"<not a string>";
-}
-
-std::string Narrow(const std::wstring& s)
-{
-    return std::string(s.begin(), s.end());
-}
-
-int CountSubkeys(const std::wstring& key)
+// The number of subkeys, or -1 when the key is missing.
+int Subkeys(const std::wstring& key)
 {
     HKEY hKey = nullptr;
     if (RegOpenKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, KEY_READ, &hKey) != ERROR_SUCCESS)
         return -1;
     DWORD dwSubkeys = 0;
-    RegQueryInfoKeyW(hKey, nullptr, nullptr, nullptr, &dwSubkeys, nullptr, nullptr, nullptr, nullptr, nullptr,
-                     nullptr, nullptr);
+    RegQueryInfoKeyW(hKey, nullptr, nullptr, nullptr, &dwSubkeys, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     RegCloseKey(hKey);
     return static_cast<int>(dwSubkeys);
 }
 
-struct ClassNames
+// The string value in upper case (paths compare without case), or "<missing>".
+std::string Value(const std::wstring& key, const wchar_t* pwszName = nullptr)
 {
-    const CLSID* clsid;
-    const wchar_t* description;
-    const wchar_t* progId;
-    const wchar_t* viProgId;
-};
+    WCHAR wsz[1024] = {};
+    DWORD cb = sizeof(wsz) - sizeof(WCHAR), dwType = 0;
+    if (RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), pwszName, RRF_RT_ANY, &dwType, wsz, &cb) != ERROR_SUCCESS)
+        return "<missing>";
+    CharUpperW(wsz);
+    return dwType == REG_SZ ? std::string(wsz, wsz + lstrlenW(wsz)) : "<not a string>";
+}
 
-const ClassNames kClasses[] = {
-    {&CLSID_Play, L"Play Class", L"Tessaly.Play.1", L"Tessaly.Play"},
-    {&CLSID_QueryFileInfo, L"QueryFileInfo Class", L"Tessaly.QueryFileInfo.1", L"Tessaly.QueryFileInfo"},
-};
+std::string Upper(std::wstring s)
+{
+    CharUpperW(&s[0]);
+    return std::string(s.begin(), s.end());
+}
 
 const IID* const kInterfaces[] = {&IID_IPlay, &IID_IPlay2, &IID_IPlayCD, &IID_ITextDisplay,
                                   &IID_IPlayEvents, &IID_IPlayCDEvents, &IID_IQueryFileInfo};
+const std::wstring kTypeLib = L"TypeLib\\" + Guid(LIBID_TESSALYLib);
 
+// Every key and value registration writes, as a table of key, value name, expected string.
 void ExpectRegistered()
 {
-    for (const ClassNames& c : kClasses)
+    struct Entry
     {
-        SCOPED_TRACE(Narrow(c.progId));
-        const std::wstring clsid = GuidString(*c.clsid);
-        const std::wstring classKey = L"CLSID\\" + clsid;
-        EXPECT_EQ(c.description, Value(c.progId));
-        EXPECT_EQ(clsid, Value(std::wstring(c.progId) + L"\\CLSID"));
-        EXPECT_EQ(c.description, Value(c.viProgId));
-        EXPECT_EQ(clsid, Value(std::wstring(c.viProgId) + L"\\CLSID"));
-        EXPECT_EQ(c.progId, Value(std::wstring(c.viProgId) + L"\\CurVer"));
-        EXPECT_EQ(c.description, Value(classKey));
-        EXPECT_EQ(c.progId, Value(classKey + L"\\ProgID"));
-        EXPECT_EQ(c.viProgId, Value(classKey + L"\\VersionIndependentProgID"));
-        EXPECT_EQ(0, lstrcmpiW(kServerPath, Value(classKey + L"\\InprocServer32").c_str()))
-            << Narrow(Value(classKey + L"\\InprocServer32"));
-        EXPECT_EQ(L"Apartment", Value(classKey + L"\\InprocServer32", L"ThreadingModel"));
-        EXPECT_EQ(GuidString(LIBID_TESSALYLib), Value(classKey + L"\\TypeLib"));
-        EXPECT_EQ(4, CountSubkeys(classKey)) << "nothing but what registration writes";
+        std::wstring key;
+        const wchar_t* pwszName;
+        std::wstring value;
+    };
+    std::vector<Entry> expected;
+    for (auto c : {std::make_pair(&CLSID_Play, std::wstring(L"Play")), std::make_pair(&CLSID_QueryFileInfo, std::wstring(L"QueryFileInfo"))})
+    {
+        const std::wstring clsid = Guid(*c.first), classKey = L"CLSID\\" + clsid;
+        const std::wstring description = c.second + L" Class", viProgId = L"Tessaly." + c.second, progId = viProgId + L".1";
+        expected.insert(expected.end(), {{progId, nullptr, description}, {progId + L"\\CLSID", nullptr, clsid},
+                                         {viProgId, nullptr, description}, {viProgId + L"\\CLSID", nullptr, clsid},
+                                         {viProgId + L"\\CurVer", nullptr, progId}, {classKey, nullptr, description},
+                                         {classKey + L"\\ProgID", nullptr, progId},
+                                         {classKey + L"\\VersionIndependentProgID", nullptr, viProgId},
+                                         {classKey + L"\\InprocServer32", nullptr, kServerPath},
+                                         {classKey + L"\\InprocServer32", L"ThreadingModel", L"Apartment"},
+                                         {classKey + L"\\TypeLib", nullptr, Guid(LIBID_TESSALYLib)}});
+        EXPECT_EQ(4, Subkeys(classKey)) << "nothing but what registration writes";
     }
-
-    const std::wstring proxyClass = GuidString(IID_IPlay2);
+    const std::wstring proxyClass = Guid(IID_IPlay2);
     for (const IID* iid : kInterfaces)
-    {
-        const std::wstring key = L"Interface\\" + GuidString(*iid);
-        EXPECT_EQ(proxyClass, Value(key + L"\\ProxyStubClsid32")) << Narrow(key);
-    }
-    EXPECT_EQ(L"IPlay", Value(L"Interface\\" + GuidString(IID_IPlay))) << "the interface's name";
-    EXPECT_EQ(0, lstrcmpiW(kServerPath, Value(L"CLSID\\" + proxyClass + L"\\InprocServer32").c_str()));
-
-    const std::wstring typeLibKey = L"TypeLib\\" + GuidString(LIBID_TESSALYLib) + L"\\1.0";
-    EXPECT_EQ(L"Tessaly 1.0 Type Library", Value(typeLibKey));
-    // Registered under the system kind of the library's target, in this process's registry view.
-    const std::wstring pathKey = typeLibKey + (sizeof(void*) == 8 ? L"\\409\\win64" : L"\\409\\win32");
-    EXPECT_EQ(0, lstrcmpiW(kServerPath, Value(pathKey).c_str())) << Narrow(Value(pathKey));
+        expected.push_back({L"Interface\\" + Guid(*iid) + L"\\ProxyStubClsid32", nullptr, proxyClass});
+    expected.insert(expected.end(), {{L"Interface\\" + Guid(IID_IPlay), nullptr, L"IPlay"},
+                                     {L"CLSID\\" + proxyClass + L"\\InprocServer32", nullptr, kServerPath},
+                                     {kTypeLib + L"\\1.0", nullptr, L"Tessaly 1.0 Type Library"},
+                                     // Under the system kind of the library's target, in this process's view.
+                                     {kTypeLib + (sizeof(void*) == 8 ? L"\\1.0\\409\\win64" : L"\\1.0\\409\\win32"), nullptr, kServerPath}});
+    for (const Entry& e : expected)
+        EXPECT_EQ(Upper(e.value), Value(e.key, e.pwszName)) << Upper(e.key) << " " << Upper(e.pwszName ? e.pwszName : L"");
 }
 
 void ExpectUnregistered()
 {
-    for (const ClassNames& c : kClasses)
-    {
-        EXPECT_FALSE(KeyExists(L"CLSID\\" + GuidString(*c.clsid))) << Narrow(c.progId);
-        EXPECT_FALSE(KeyExists(c.progId));
-        EXPECT_FALSE(KeyExists(c.viProgId));
-    }
+    std::vector<std::wstring> gone = {L"CLSID\\" + Guid(CLSID_Play), L"CLSID\\" + Guid(CLSID_QueryFileInfo),
+                                      L"Tessaly.Play", L"Tessaly.Play.1", L"Tessaly.QueryFileInfo",
+                                      L"Tessaly.QueryFileInfo.1", L"CLSID\\" + Guid(IID_IPlay2), kTypeLib};
     for (const IID* iid : kInterfaces)
-        EXPECT_FALSE(KeyExists(L"Interface\\" + GuidString(*iid)));
-    EXPECT_FALSE(KeyExists(L"CLSID\\" + GuidString(IID_IPlay2)));
-    EXPECT_FALSE(KeyExists(L"TypeLib\\" + GuidString(LIBID_TESSALYLib)));
-    EXPECT_TRUE(KeyExists(L"CLSID")) << "the shared CLSID key stays";
+        gone.push_back(L"Interface\\" + Guid(*iid));
+    for (const std::wstring& key : gone)
+        EXPECT_EQ(-1, Subkeys(key)) << Upper(key);
+    EXPECT_NE(-1, Subkeys(L"CLSID")) << "the shared CLSID key stays";
 }
 
-// Every case leaves the library registered, as the other server tests expect it.
-TEST(Registration, RegisterWritesEveryKeyAndUnregisterRemovesThemAll)
+// The case leaves the library registered, as the other server cases expect it; a key left under
+// the class by someone else goes with a new registration.
+TEST(Registration, RegisterWritesEveryKeyCleanlyAndUnregisterRemovesThemAll)
 {
     ASSERT_EQ(0u, RunRegsvr32(L"/s"));
     ExpectRegistered();
-    ASSERT_EQ(0u, RunRegsvr32(L"/s /u"));
-    ExpectUnregistered();
-    ASSERT_EQ(0u, RunRegsvr32(L"/s"));
-    ExpectRegistered();
-}
-
-TEST(Registration, RegisteringAgainLeavesOneCleanClassKey)
-{
-    ASSERT_EQ(0u, RunRegsvr32(L"/s"));
-    const std::wstring classKey = L"CLSID\\" + GuidString(CLSID_Play);
+    const std::wstring classKey = L"CLSID\\" + Guid(CLSID_Play);
     HKEY hKey = nullptr;
     ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_CLASSES_ROOT, (classKey + L"\\Leftover").c_str(), 0, nullptr, 0,
                                              KEY_WRITE, nullptr, &hKey, nullptr));
     RegCloseKey(hKey);
-    ASSERT_EQ(5, CountSubkeys(classKey));
-
     ASSERT_EQ(0u, RunRegsvr32(L"/s"));
-    EXPECT_FALSE(KeyExists(classKey + L"\\Leftover"));
+    EXPECT_EQ(-1, Subkeys(classKey + L"\\Leftover"));
+    ExpectRegistered();
+
+    ASSERT_EQ(0u, RunRegsvr32(L"/s /u"));
+    ExpectUnregistered();
+    ASSERT_EQ(0u, RunRegsvr32(L"/s"));
     ExpectRegistered();
 }
 
