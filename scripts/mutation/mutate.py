@@ -89,7 +89,7 @@ def cmake_escape(name):
 
 def case_regex(name):
     # A parameterised case's ctest name goes on with "  # GetParam() = ...".
-    return "^%s($|  #)" % cmake_escape(name)
+    return "^%s$|^%s  #" % (cmake_escape(name), cmake_escape(name))
 
 
 def failed_case(log, mark):
