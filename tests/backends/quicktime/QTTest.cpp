@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <cwchar>
 #include <memory>
 
 #include "CPlaybackHost.h"
@@ -13,6 +14,7 @@
 #include "backends/quicktime/CQTAudioPlayer.h"
 #include "backends/quicktime/CQTPlayer.h"
 #include "qtml/QTML.h"
+#include "tests/support/CMessagePump.h"
 #include "tests/support/CProcessCounts.h"
 
 namespace {
@@ -316,6 +318,20 @@ TEST(QTAudioWorker, ASoundClosedWhilePlayingIsGoneAndStaysQuiet)
     EXPECT_EQ(nEvents, host.events.size()) << "the closed sound still reported";
 }
 
+// A parent that counts the audio workers' windows destroyed under it: only the worker can destroy
+// its window, and must before it ends, or the platform's clean-up at the thread's end (which
+// tells no parent) takes it.
+int g_nHandlersDestroyed = 0;
+
+LRESULT CALLBACK CountingParentProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
+{
+    wchar_t szClass[64] = {};
+    if (uMsg == WM_PARENTNOTIFY && LOWORD(wParam) == WM_DESTROY &&
+        GetClassNameW(reinterpret_cast<HWND>(lParam), szClass, 64) && !wcscmp(szClass, L"QTAudioPlayer.Handler.WndClass"))
+        ++g_nHandlersDestroyed;
+    return DefWindowProcW(hWnd, uMsg, wParam, lParam);
+}
+
 // Open kernel handles are found by asking about every small handle value: this platform's process
 // handle count does not move whatever is opened. QuickTime is kept started meanwhile (each start
 // and stop of the layer leaves a handle of its own); the limits catch a leak per player.
@@ -330,25 +346,29 @@ TEST(QTAudioWorker, AHundredPlayersLeaveNoThreadWindowOrHandleBehind)
         }
         return nHandles;
     };
-    CPlaybackHost host;
+    WNDCLASSW wc = {0, CountingParentProc, 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, L"QTTestCountingParent"};
+    RegisterClassW(&wc);
+    HWND hParent = CreateWindowExW(0, wc.lpszClassName, L"", WS_POPUP | WS_VISIBLE, 0, 0, 320, 240, 0, 0, 0, 0);
     CQTPlayer holder;
     ASSERT_EQ(S_OK, holder.Init());
     auto player = [&] {
         CQTAudioPlayer qa;
-        EXPECT_EQ((std::vector<HRESULT>{S_OK, S_OK}), (std::vector<HRESULT>{qa.Init(), qa.SetParentWindow(host.Window())}));
+        EXPECT_EQ((std::vector<HRESULT>{S_OK, S_OK}), (std::vector<HRESULT>{qa.Init(), qa.SetParentWindow(hParent)}));
         qa.Destroy();
     };
     for (int i = 0; i < 3; ++i) // the platform's first-use caches
         player();
-    host.PumpFor(100);
+    CMessagePump::PumpFor(100);
     const CProcessCounts before = CProcessCounts::Take();
     const long nHandles = openHandles();
+    g_nHandlersDestroyed = 0;
     for (int i = 0; i < 100; ++i)
         player();
+    EXPECT_EQ(100, g_nHandlersDestroyed);
     CProcessCounts growth;
     for (int nWait = 0; nWait < 25 && (nWait == 0 || growth.lThreads >= 3); ++nWait)
     {
-        host.PumpFor(200); // the platform's threads end a little later
+        CMessagePump::PumpFor(200); // the platform's threads end a little later
         growth = CProcessCounts::Take() - before;
     }
     growth.lHandles = openHandles() - nHandles;
@@ -358,6 +378,7 @@ TEST(QTAudioWorker, AHundredPlayersLeaveNoThreadWindowOrHandleBehind)
     EXPECT_LT(growth.lGdiObjects, 10);
     EXPECT_LT(growth.lHandles, 10);
     holder.Destroy();
+    DestroyWindow(hParent);
 }
 
 // Files cut short, full of noise, empty or missing, of every kind the back-ends take: the open
