@@ -27,13 +27,14 @@ HRESULT CControlStage::OpenRendered(CPlaybackHost& host, const char* pszName, TE
 {
     TESSALY_FILEINFO info = {};
     HRESULT hr = E_FAIL;
-    for (int nAttempt = 0; nAttempt < 4; ++nAttempt)
+    for (int nAttempt = 0; nAttempt < 4 && (nAttempt == 0 || (SUCCEEDED(hr) && info.dDuration <= 0.0)); ++nAttempt)
     {
+        if (nAttempt > 0)
+        {
+            std::printf("the platform rendered nothing of %s behind the control; opening it again\n", pszName);
+            host.Player().CloseFile();
+        }
         hr = host.Open(CTestMedia::Path(pszName), &info);
-        if (FAILED(hr) || info.dDuration > 0.0)
-            break;
-        std::printf("the platform rendered nothing of %s behind the control; opening it again\n", pszName);
-        host.Player().CloseFile();
     }
     if (pInfo)
         *pInfo = info;
@@ -48,8 +49,7 @@ ULONGLONG CControlStage::PlayRendered(CPlaybackHost& host, const char* pszName)
         if (host.Player().Play() != S_OK)
             return 0;
         host.PumpFor(400);
-        const std::vector<double> progress = host.Progress();
-        if (!progress.empty() && progress.back() > 0.0)
+        if (!host.Progress().empty() && host.Progress().back() > 0.0)
             return start;
         std::printf("the platform rendered nothing of %s when the control played it; opening it again\n", pszName);
         host.Player().CloseFile();
@@ -73,15 +73,16 @@ std::wstring CControlStage::ControlMediaType(HWND hWnd)
     ComPtr<IWMPPlayer> pPlayer;
     ComPtr<IWMPMedia> pMedia;
     HWND hContainer = FindContainer(hWnd);
-    if (!hContainer || FAILED(CAtlAxLibrary::GetControl(hContainer, &pControl)) ||
-        FAILED(QueryTo(pControl, __uuidof(IWMPPlayer), pPlayer)) || FAILED(pPlayer->get_currentMedia(&pMedia)) ||
-        !pMedia)
-        return L"";
-    BSTR bstrName = SysAllocString(L"MediaType");
     BSTR bstrType = nullptr;
-    pMedia->getItemInfo(bstrName, &bstrType);
+    if (hContainer && SUCCEEDED(CAtlAxLibrary::GetControl(hContainer, &pControl)) &&
+        SUCCEEDED(QueryTo(pControl, __uuidof(IWMPPlayer), pPlayer)) && SUCCEEDED(pPlayer->get_currentMedia(&pMedia)) &&
+        pMedia)
+    {
+        BSTR bstrName = SysAllocString(L"MediaType");
+        pMedia->getItemInfo(bstrName, &bstrType);
+        SysFreeString(bstrName);
+    }
     std::wstring type = bstrType ? bstrType : L"";
-    SysFreeString(bstrName);
     SysFreeString(bstrType);
     return type;
 }
