@@ -103,8 +103,10 @@ struct CDDAGraphProbe : CDDAGraph
 };
 
 // Our CD audio source filter registered in-process, each one made kept to ask it what reached the
-// renderer.
-class CDDASourceTest : public ::testing::Test
+// renderer. A case drives either the back-end alone with its doubles, posting to a message-only
+// window of the test's, or hosts: a range opened after another on the same player starts its
+// second track where the earlier range's tracks ended, so each range played has a host of its own.
+class CDDATest : public ::testing::Test
 {
 protected:
     void SetUp() override
@@ -121,22 +123,19 @@ protected:
     }
     void TearDown() override
     {
+        m_pHost.reset();
+        if (m_pGraph)
+            m_pGraph->Destroy();
+        m_pGraph.reset();
+        EXPECT_EQ(1u, m_seeking.m_cRef) << "the back-end kept the graph's seeking";
         m_filters.clear();
         m_pRegistration.reset();
+        DestroyWindow(m_hWnd);
+        CDiscImageSetting::Clear(L'T');
         CoUninitialize();
     }
-
-    std::unique_ptr<CClassObjectRegistration> m_pRegistration;
-    std::vector<ComPtr<IUnknown>> m_filters;
-};
-
-// The back-end alone with its doubles, posting to a message-only window of the test's.
-class CDDAGraphTest : public CDDASourceTest
-{
-protected:
-    void SetUp() override
+    void NewGraph()
     {
-        CDDASourceTest::SetUp();
         m_hWnd = CreateWindowExW(0, L"STATIC", L"events", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
         m_pGraph.reset(new CDDAGraphProbe([this](WCHAR wcDrive) {
             m_script.log.push_back(std::string("device for ") + static_cast<char>(wcDrive));
@@ -144,14 +143,6 @@ protected:
         }));
         ASSERT_EQ(S_OK, m_pGraph->Init());
         m_pGraph->SetEventHandlerWindow(m_hWnd);
-    }
-    void TearDown() override
-    {
-        m_pGraph->Destroy();
-        m_pGraph.reset();
-        EXPECT_EQ(1u, m_seeking.m_cRef) << "the back-end kept the graph's seeking";
-        DestroyWindow(m_hWnd);
-        CDDASourceTest::TearDown();
     }
     int TakeTrackCompletes() // the track-complete notices posted since the last call
     {
@@ -167,23 +158,74 @@ protected:
         EXPECT_EQ(0, m_pGraph->GetCurTime(&dSeconds));
         return dSeconds;
     }
-    double Duration()
+    double Duration() // the current track's, from the back-end alone or through the host's player
     {
         double dDuration = -1.0;
-        EXPECT_EQ(S_OK, m_pGraph->GetDuration(&dDuration));
+        EXPECT_EQ(S_OK, m_pGraph ? m_pGraph->GetDuration(&dDuration) : m_pHost->Player().GetCDDuration(&dDuration));
         return dDuration;
     }
+    void NewHost()
+    {
+        m_filters.clear();
+        m_pHost.reset(new CPlaybackHost);
+        ASSERT_EQ(S_OK, m_pHost->Player().Init(L""));
+    }
+    // Drive T becomes a new image (the source filter may still hold the one before open).
+    void UseImage(const std::string& stem, bool bDataTrack2 = false)
+    {
+        std::vector<CDiscImageWriter::Track> tracks = {{440.0, kFrames[0]}, {660.0, kFrames[1]}, {880.0, kFrames[2]}};
+        tracks[1].bAudio = !bDataTrack2;
+        const std::string cue = CDiscImageWriter::Write(m_folder.Path(), stem, tracks);
+        std::wstring wide(cue.size(), L'\0'); // the folder's path is UTF-8
+        wide.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, cue.c_str(), static_cast<int>(cue.size()),
+                                                            &wide[0], static_cast<int>(wide.size()))));
+        ASSERT_EQ(ERROR_SUCCESS, wide.empty() ? ERROR_FILE_NOT_FOUND : CDiscImageSetting::Set(L'T', wide));
+    }
+    ULONGLONG Delivered()
+    {
+        ComPtr<ICDAudioSourceConfig> config;
+        ULONGLONG cb = 0;
+        if (m_filters.size() != 1 || FAILED(QueryTo(m_filters.front(), IID_ICDAudioSourceConfig, config)) ||
+            FAILED(config->GetDeliveredBytes(&cb)))
+            ADD_FAILURE() << "one source filter, asked " << m_filters.size();
+        return cb;
+    }
+    std::vector<ULONGLONG> After(ULONGLONG start, DWORD dwCode) const // when each event of a kind arrived
+    {
+        std::vector<ULONGLONG> ticks;
+        for (const CPlaybackHost::Event& e : m_pHost->events)
+            if (e.dwCode == dwCode)
+                ticks.push_back(e.tick - start);
+        return ticks;
+    }
+    // A notice for each track, then completion. The last track's own notice comes only when a
+    // progress reading sees the stream past its end before the renderer reports the end of the range.
+    void ExpectTracksThenCompletion(size_t nTracks)
+    {
+        ASSERT_TRUE(m_pHost->PumpUntil([&] { return m_pHost->Count(STREAMING_EVENT_COMPLETE) > 0; }, 15000));
+        std::string milestones;
+        for (const CPlaybackHost::Event& e : m_pHost->events)
+            milestones += e.dwCode == STREAMING_EVENT_PROGRESS ? "" : e.dwCode == STREAMING_EVENT_COMPLETE ? "c"
+                          : e.dwCode == STREAMING_EVENT_TRACK_COMPLETE ? "t" : "e";
+        EXPECT_TRUE(milestones == std::string(nTracks - 1, 't') + "c" || milestones == std::string(nTracks, 't') + "c")
+            << milestones;
+    }
 
+    std::unique_ptr<CClassObjectRegistration> m_pRegistration;
+    std::vector<ComPtr<IUnknown>> m_filters;
     HWND m_hWnd = nullptr;
     Script m_script;
     CFakeMediaSeeking m_seeking;
     std::unique_ptr<CDDAGraphProbe> m_pGraph;
+    CImageFolder m_folder;
+    std::unique_ptr<CPlaybackHost> m_pHost;
 };
 
 // Tracks 3 and 4 are one frame apart across the point where the whole-second duration rounds up;
 // track 5 cannot be measured and counts 0 s.
-TEST_F(CDDAGraphTest, ARangeIsMeasuredTrackByTrackToTheFrameAndARefusedOneIsNot)
+TEST_F(CDDATest, ARangeIsMeasuredTrackByTrackToTheFrameAndARefusedOneIsNot)
 {
+    NewGraph();
     m_script.lengths = {{3, MCI_MAKE_MSF(4, 12, 37)}, {4, MCI_MAKE_MSF(4, 12, 38)}};
     EXPECT_EQ(S_OK, m_pGraph->OpenCD(L'D', 3, 5));
     EXPECT_EQ((Log{"device for D", "open 0 0x1200 516 D:", "set 7 0x400 10", "status 7 0x112 1 3",
@@ -207,8 +249,9 @@ TEST_F(CDDAGraphTest, ARangeIsMeasuredTrackByTrackToTheFrameAndARefusedOneIsNot)
 // Range 1-3 of 100 s, 200 s and 50 s. A seek names whole seconds of the range's stream, clamped to
 // what is available or else to the duration. It switches the subtraction of the track's start off
 // until the next track change, which then starts the new track at the length of the one that ended.
-TEST_F(CDDAGraphTest, SeeksGoToWholeSecondsOfTheStreamAndPositionsBecomeTrackPositions)
+TEST_F(CDDATest, SeeksGoToWholeSecondsOfTheStreamAndPositionsBecomeTrackPositions)
 {
+    NewGraph();
     m_script.lengths = {{1, MCI_MAKE_MSF(1, 40, 0)}, {2, MCI_MAKE_MSF(3, 20, 0)}, {3, MCI_MAKE_MSF(0, 50, 0)}};
     ASSERT_EQ(S_OK, m_pGraph->OpenCD(L'D', 1, 3));
     m_pGraph->UseSeeking(&m_seeking);
@@ -253,81 +296,9 @@ TEST_F(CDDAGraphTest, SeeksGoToWholeSecondsOfTheStreamAndPositionsBecomeTrackPos
     EXPECT_EQ(7.0, dSeconds);
 }
 
-// A range opened after another on the same player starts its second track where the earlier
-// range's tracks ended, so each range played here has a player of its own.
-class CDDAPlayback : public CDDASourceTest
-{
-protected:
-    void SetUp() override
-    {
-        CDDASourceTest::SetUp();
-        NewHost();
-    }
-    void TearDown() override
-    {
-        m_pHost.reset();
-        CDiscImageSetting::Clear(L'T');
-        CDDASourceTest::TearDown();
-    }
-    void NewHost()
-    {
-        m_filters.clear();
-        m_pHost.reset(new CPlaybackHost);
-        ASSERT_EQ(S_OK, m_pHost->Player().Init(L""));
-    }
-    // Drive T becomes a new image (the source filter may still hold the one before open).
-    void UseImage(const std::string& stem, bool bDataTrack2 = false)
-    {
-        std::vector<CDiscImageWriter::Track> tracks = {{440.0, kFrames[0]}, {660.0, kFrames[1]}, {880.0, kFrames[2]}};
-        tracks[1].bAudio = !bDataTrack2;
-        const std::string cue = CDiscImageWriter::Write(m_folder.Path(), stem, tracks);
-        std::wstring wide(cue.size(), L'\0'); // the folder's path is UTF-8
-        wide.resize(static_cast<size_t>(MultiByteToWideChar(CP_UTF8, 0, cue.c_str(), static_cast<int>(cue.size()),
-                                                            &wide[0], static_cast<int>(wide.size()))));
-        ASSERT_EQ(ERROR_SUCCESS, wide.empty() ? ERROR_FILE_NOT_FOUND : CDiscImageSetting::Set(L'T', wide));
-    }
-    ULONGLONG Delivered()
-    {
-        ComPtr<ICDAudioSourceConfig> config;
-        ULONGLONG cb = 0;
-        if (m_filters.size() != 1 || FAILED(QueryTo(m_filters.front(), IID_ICDAudioSourceConfig, config)) ||
-            FAILED(config->GetDeliveredBytes(&cb)))
-            ADD_FAILURE() << "one source filter, asked " << m_filters.size();
-        return cb;
-    }
-    double Duration()
-    {
-        double dDuration = -1.0;
-        EXPECT_EQ(S_OK, m_pHost->Player().GetCDDuration(&dDuration));
-        return dDuration;
-    }
-    std::vector<ULONGLONG> After(ULONGLONG start, DWORD dwCode) const // when each event of a kind arrived
-    {
-        std::vector<ULONGLONG> ticks;
-        for (const CPlaybackHost::Event& e : m_pHost->events)
-            if (e.dwCode == dwCode)
-                ticks.push_back(e.tick - start);
-        return ticks;
-    }
-    // A notice for each track, then completion. The last track's own notice comes only when a
-    // progress reading sees the stream past its end before the renderer reports the end of the range.
-    void ExpectTracksThenCompletion(size_t nTracks)
-    {
-        ASSERT_TRUE(m_pHost->PumpUntil([&] { return m_pHost->Count(STREAMING_EVENT_COMPLETE) > 0; }, 15000));
-        std::string milestones;
-        for (const CPlaybackHost::Event& e : m_pHost->events)
-            milestones += e.dwCode == STREAMING_EVENT_PROGRESS ? "" : e.dwCode == STREAMING_EVENT_COMPLETE ? "c"
-                          : e.dwCode == STREAMING_EVENT_TRACK_COMPLETE ? "t" : "e";
-        EXPECT_TRUE(milestones == std::string(nTracks - 1, 't') + "c" || milestones == std::string(nTracks, 't') + "c")
-            << milestones;
-    }
-
-    CImageFolder m_folder;
-    std::unique_ptr<CPlaybackHost> m_pHost;
-};
 
 // Image, whether track 2 is a data track (it plays as silence of its length), the range.
-TEST_F(CDDAPlayback, RangesPlayTrackAfterTrackInRealTimeAndEveryByteReachesTheRenderer)
+TEST_F(CDDATest, RangesPlayTrackAfterTrackInRealTimeAndEveryByteReachesTheRenderer)
 {
     const struct { const char* pszImage; bool bDataTrack2; WORD wFirst, wLast; } ranges[] = {
         {"disc", false, 1, 3}, {"from2", false, 2, 3}, {"data", true, 1, 3}, {"single", false, 3, 3}};
@@ -361,8 +332,9 @@ TEST_F(CDDAPlayback, RangesPlayTrackAfterTrackInRealTimeAndEveryByteReachesTheRe
     }
 }
 
-TEST_F(CDDAPlayback, PauseHoldsASecondPauseResumesASeekMovesAndStopSilences)
+TEST_F(CDDATest, PauseHoldsASecondPauseResumesASeekMovesAndStopSilences)
 {
+    NewHost();
     UseImage("disc");
     ASSERT_EQ(S_OK, m_pHost->Player().OpenCD(L'T', 1, 3));
     ASSERT_EQ(S_OK, m_pHost->Player().Play());
@@ -404,8 +376,9 @@ TEST_F(CDDAPlayback, PauseHoldsASecondPauseResumesASeekMovesAndStopSilences)
     EXPECT_LT(Delivered() - cbBeforeSeek, (85 + 75) * kSectorBytes);
 }
 
-TEST_F(CDDAPlayback, RangesAndImagesThatCannotPlay)
+TEST_F(CDDATest, RangesAndImagesThatCannotPlay)
 {
+    NewHost();
     UseImage("disc");
     EXPECT_EQ(S_FALSE, m_pHost->Player().OpenCD(L'T', 3, 1)) << "reversed";
     m_folder.Resize("disc.bin", 100 * kSectorBytes);
@@ -426,8 +399,9 @@ TEST_F(CDDAPlayback, RangesAndImagesThatCannotPlay)
 }
 
 // Figures are printed; the limits catch a leak per cycle, not the platform's noise.
-TEST_F(CDDAPlayback, AHundredOpensOfARangeLeaveHandlesAndMemoryFlat)
+TEST_F(CDDATest, AHundredOpensOfARangeLeaveHandlesAndMemoryFlat)
 {
+    NewHost();
     UseImage("disc");
     for (int i = 0; i < 5; ++i)
         ASSERT_EQ(S_OK, m_pHost->Player().OpenCD(L'T', 1, 3));
