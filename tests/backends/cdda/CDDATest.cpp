@@ -324,8 +324,10 @@ TEST_F(CDDATest, RangesPlayTrackAfterTrackInRealTimeAndEveryByteReachesTheRender
                 << "track " << wTrack << " ends no sooner than its sound";
         }
         ExpectTracksThenCompletion(r.wLast - r.wFirst + 1u);
+        const std::vector<ULONGLONG> ends = After(start, STREAMING_EVENT_COMPLETE);
+        ASSERT_FALSE(ends.empty());
         // The platform's renderer reports the end with up to half a second of sound still queued.
-        EXPECT_GE(After(start, STREAMING_EVENT_COMPLETE).front(), ullFrames * 1000 / 75 - 500);
+        EXPECT_GE(ends.front(), ullFrames * 1000 / 75 - 500);
         for (double dProgress : m_pHost->Progress())
             ASSERT_LE(dProgress, 1.65) << "a position inside the current track, not the range";
         EXPECT_EQ(ullFrames * kSectorBytes, Delivered());
@@ -359,7 +361,9 @@ TEST_F(CDDATest, PauseHoldsASecondPauseResumesASeekMovesAndStopSilences)
     const ULONGLONG start = GetTickCount64();
     ASSERT_EQ(S_OK, m_pHost->Player().Play());
     ExpectTracksThenCompletion(3);
-    EXPECT_GE(After(start, STREAMING_EVENT_TRACK_COMPLETE).front(), 900u) << "track 1 plays again from its start";
+    const std::vector<ULONGLONG> trackEnds = After(start, STREAMING_EVENT_TRACK_COMPLETE);
+    ASSERT_FALSE(trackEnds.empty());
+    EXPECT_GE(trackEnds.front(), 900u) << "track 1 plays again from its start";
 
     // A seek forward skips what lies before it: only the range's last 85 frames are still to come,
     // where a seek clamped to the start would deliver the whole range (235 frames) again.

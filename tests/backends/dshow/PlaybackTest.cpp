@@ -63,7 +63,7 @@ TEST_P(PlaysEndToEnd, OpensWithTheTrueInformationAndPlaysInRealTimeToCompletion)
     // About one report every 100 ms, none further on than the time since Play, rising; the clock
     // may run a little past the end, and the last report, made on completion, is the end itself.
     const std::vector<double> progress = host.Progress();
-    EXPECT_GE(progress.size(), 5u);
+    ASSERT_GE(progress.size(), 5u);
     EXPECT_LE(progress.size(), 30u);
     for (const CPlaybackHost::Event& event : host.events)
     {
