@@ -4,8 +4,7 @@
 
 CClassObjectRegistration::CClassObjectRegistration(REFCLSID clsid, Create create)
     : m_create(std::move(create)),
-      m_hrRegistered(CoRegisterClassObject(clsid, this, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE,
-                                           &m_dwCookie))
+      m_hrRegistered(CoRegisterClassObject(clsid, this, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &m_dwCookie))
 {
 }
 
@@ -17,20 +16,13 @@ CClassObjectRegistration::~CClassObjectRegistration()
 
 HRESULT STDMETHODCALLTYPE CClassObjectRegistration::QueryInterface(REFIID riid, void** ppv)
 {
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory))
-    {
-        *ppv = static_cast<IClassFactory*>(this);
-        return S_OK;
-    }
-    *ppv = nullptr;
-    return E_NOINTERFACE;
+    const bool bKnown = IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IClassFactory);
+    *ppv = bKnown ? static_cast<IClassFactory*>(this) : nullptr;
+    return bKnown ? S_OK : E_NOINTERFACE;
 }
 
-HRESULT STDMETHODCALLTYPE CClassObjectRegistration::CreateInstance(IUnknown* pOuter, REFIID riid,
-                                                                   void** ppv)
+HRESULT STDMETHODCALLTYPE CClassObjectRegistration::CreateInstance(IUnknown* pOuter, REFIID riid, void** ppv)
 {
     *ppv = nullptr;
-    if (pOuter)
-        return CLASS_E_NOAGGREGATION;
-    return m_create(riid, ppv);
+    return pOuter ? CLASS_E_NOAGGREGATION : m_create(riid, ppv);
 }

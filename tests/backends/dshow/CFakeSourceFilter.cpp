@@ -2,17 +2,10 @@
 
 #include "CTestMedia.h"
 
-CFakeSourceFilter::CFakeSourceFilter(const Options& options, std::vector<std::string>* pLog)
-    : m_options(options), m_pLog(pLog)
-{
-}
-
-HRESULT CFakeSourceFilter::Create(const Options& options, std::vector<std::string>* pLog,
-                                  REFIID riid, void** ppv)
+HRESULT CFakeSourceFilter::Create(const Options& options, std::vector<std::string>* pLog, REFIID riid, void** ppv)
 {
     CFakeSourceFilter* pFilter = new CFakeSourceFilter(options, pLog);
-    HRESULT hr = CoCreateInstance(options.inner, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
-                                  &pFilter->m_inner);
+    HRESULT hr = CoCreateInstance(options.inner, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, &pFilter->m_inner);
     if (SUCCEEDED(hr))
         hr = pFilter->QueryInterface(riid, ppv);
     pFilter->Release();
@@ -22,8 +15,8 @@ HRESULT CFakeSourceFilter::Create(const Options& options, std::vector<std::strin
 // The inner filter answers for everything this one does not implement itself.
 HRESULT STDMETHODCALLTYPE CFakeSourceFilter::QueryInterface(REFIID riid, void** ppv)
 {
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IPersist) ||
-        IsEqualIID(riid, IID_IMediaFilter) || IsEqualIID(riid, IID_IBaseFilter))
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IPersist) || IsEqualIID(riid, IID_IMediaFilter) ||
+        IsEqualIID(riid, IID_IBaseFilter))
         *ppv = static_cast<IBaseFilter*>(this);
     else if (IsEqualIID(riid, IID_IFileSourceFilter))
         *ppv = static_cast<IFileSourceFilter*>(this);
@@ -56,18 +49,17 @@ HRESULT STDMETHODCALLTYPE CFakeSourceFilter::JoinFilterGraph(IFilterGraph* pGrap
 HRESULT STDMETHODCALLTYPE CFakeSourceFilter::Load(LPCOLESTR pwszFile, const AM_MEDIA_TYPE* pMediaType)
 {
     m_pLog->push_back("Load(" + CTestMedia::Narrow(pwszFile) + (pMediaType ? ", media type)" : ", no media type)"));
+    ComPtr<IFileSourceFilter> inner;
     if (FAILED(m_options.hrLoad))
         return m_options.hrLoad;
-    ComPtr<IFileSourceFilter> inner;
-    if (FAILED(QueryTo(m_inner, IID_IFileSourceFilter, inner)))
-        return S_OK; // an inner filter that reads no files has nothing to load
-    return inner->Load(pwszFile, pMediaType);
+    // An inner filter that reads no files has nothing to load.
+    return FAILED(QueryTo(m_inner, IID_IFileSourceFilter, inner)) ? S_OK : inner->Load(pwszFile, pMediaType);
 }
 
 HRESULT STDMETHODCALLTYPE CFakeSourceFilter::GetCurFile(LPOLESTR* ppwszFile, AM_MEDIA_TYPE* pMediaType)
 {
     ComPtr<IFileSourceFilter> inner;
-    HRESULT hr = QueryTo(m_inner, IID_IFileSourceFilter, inner);
+    const HRESULT hr = QueryTo(m_inner, IID_IFileSourceFilter, inner);
     return FAILED(hr) ? hr : inner->GetCurFile(ppwszFile, pMediaType);
 }
 

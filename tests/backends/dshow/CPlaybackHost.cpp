@@ -5,14 +5,8 @@
 
 #include <cstdio>
 
-#include "backends/cdda/CDDAGraph.h"
+#include "backends/cdda/CDDAGraph.h" // the dispatcher destroys it
 #include "tests/support/CMessagePump.h"
-
-namespace {
-
-const wchar_t kClassName[] = L"Tessaly.Test.DShowHost";
-
-} // namespace
 
 CPlaybackHost::CPlaybackHost(int nWidth, int nHeight, std::unique_ptr<CWindowsMediaRoute> pRoute)
 {
@@ -20,14 +14,13 @@ CPlaybackHost::CPlaybackHost(int nWidth, int nHeight, std::unique_ptr<CWindowsMe
     WNDCLASSW wc = {};
     wc.lpfnWndProc = WindowProc;
     wc.hInstance = GetModuleHandleW(nullptr);
-    wc.lpszClassName = kClassName;
+    wc.lpszClassName = L"Tessaly.Test.DShowHost";
     RegisterClassW(&wc); // a second host finds it registered
-    // A popup has no frame: its client area is the whole window.
-    m_hWnd = CreateWindowExW(0, kClassName, L"host", WS_POPUP, 0, 0, nWidth, nHeight, nullptr, nullptr,
+    // A popup has no frame: its client area is the whole window. Shown without activation, Wine
+    // hands it to no window manager, whose absence costs two seconds at every destruction.
+    m_hWnd = CreateWindowExW(0, wc.lpszClassName, L"host", WS_POPUP, 0, 0, nWidth, nHeight, nullptr, nullptr,
                              wc.hInstance, nullptr);
     SetWindowLongPtrW(m_hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    // Never activated, Wine does not hand the window to a window manager, whose absence would
-    // cost two seconds at every destruction.
     ShowWindow(m_hWnd, SW_SHOWNOACTIVATE);
 
     CMediaPlayer::BackEnds backEnds = CMediaPlayer::CreateBackEnds();
@@ -37,8 +30,7 @@ CPlaybackHost::CPlaybackHost(int nWidth, int nHeight, std::unique_ptr<CWindowsMe
         backEnds.pWindowsMediaRoute = std::move(pRoute);
     m_pPlayer.reset(new CMediaPlayer(std::move(backEnds)));
     m_pPlayer->SetEventCallback(&CPlaybackHost::OnEvent, this);
-    // No back-end is current yet: the window waits for the first OpenFile.
-    m_pPlayer->SetParentWindow(m_hWnd);
+    m_pPlayer->SetParentWindow(m_hWnd); // no back-end is current: the window waits for OpenFile
 }
 
 CPlaybackHost::~CPlaybackHost()
@@ -53,32 +45,27 @@ CPlaybackHost::~CPlaybackHost()
 LRESULT CALLBACK CPlaybackHost::WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
 {
     auto pHost = reinterpret_cast<CPlaybackHost*>(GetWindowLongPtrW(hWnd, GWLP_USERDATA));
-    const bool bInput = (uMsg >= WM_KEYFIRST && uMsg <= WM_KEYLAST) ||
-                        (uMsg >= WM_MOUSEFIRST && uMsg <= WM_MOUSELAST);
-    if (pHost && bInput)
+    if (pHost && ((uMsg >= WM_KEYFIRST && uMsg <= WM_KEYLAST) || (uMsg >= WM_MOUSEFIRST && uMsg <= WM_MOUSELAST)))
         pHost->inputs.push_back({uMsg, wParam, lParam});
     return DefWindowProcW(hWnd, uMsg, wParam, lParam);
 }
 
 HRESULT CPlaybackHost::OnEvent(DWORD dwEvent, ULONG_PTR ulParam, void* pContext)
 {
-    auto pHost = static_cast<CPlaybackHost*>(pContext);
-    const double dProgress = dwEvent == STREAMING_EVENT_PROGRESS ? *reinterpret_cast<double*>(ulParam) : 0.0;
-    pHost->events.push_back({dwEvent, dwEvent == STREAMING_EVENT_PROGRESS ? 0 : ulParam, dProgress,
-                             GetTickCount64()});
+    const bool bProgress = dwEvent == STREAMING_EVENT_PROGRESS;
+    static_cast<CPlaybackHost*>(pContext)->events.push_back(
+        {dwEvent, bProgress ? 0 : ulParam, bProgress ? *reinterpret_cast<double*>(ulParam) : 0.0, GetTickCount64()});
     return S_OK;
 }
 
 HRESULT CPlaybackHost::Open(const std::wstring& path, TESSALY_FILEINFO* pInfo, DWORD dwPlaybackFlags)
 {
     const HRESULT hr = m_pPlayer->Init(path.c_str());
-    if (FAILED(hr))
-        return hr;
-    return m_pPlayer->OpenFile(path.c_str(), 0, dwPlaybackFlags, pInfo);
+    return FAILED(hr) ? hr : m_pPlayer->OpenFile(path.c_str(), 0, dwPlaybackFlags, pInfo);
 }
 
-HRESULT CPlaybackHost::OpenWhole(const std::wstring& path, TESSALY_FILEINFO* pInfo, const std::function<void()>& beforeEach,
-                                 const std::function<bool()>& accepted)
+HRESULT CPlaybackHost::OpenWhole(const std::wstring& path, TESSALY_FILEINFO* pInfo,
+                                 const std::function<void()>& beforeEach, const std::function<bool()>& accepted)
 {
     HRESULT hr = E_FAIL;
     for (int nAttempt = 0; nAttempt < 4; ++nAttempt)
@@ -87,7 +74,8 @@ HRESULT CPlaybackHost::OpenWhole(const std::wstring& path, TESSALY_FILEINFO* pIn
         hr = Open(path, pInfo);
         if (hr != TESSALY_S_PARTIAL_RENDER && hr != VFW_E_CANNOT_RENDER && (FAILED(hr) || accepted()))
             break;
-        std::printf("the platform rendered %ls in part (0x%08lx); opening it again\n", path.c_str(), static_cast<unsigned long>(hr));
+        std::printf("the platform rendered %ls in part (0x%08lx); opening it again\n", path.c_str(),
+                    static_cast<unsigned long>(hr));
         m_pPlayer->CloseFile();
     }
     return hr;
@@ -98,10 +86,7 @@ bool CPlaybackHost::PumpUntil(const std::function<bool()>& done, DWORD dwTimeout
     return CMessagePump::PumpUntil(done, dwTimeoutMs);
 }
 
-void CPlaybackHost::PumpFor(DWORD dwMs)
-{
-    PumpUntil([] { return false; }, dwMs);
-}
+void CPlaybackHost::PumpFor(DWORD dwMs) { CMessagePump::PumpFor(dwMs); }
 
 bool CPlaybackHost::PumpUntilEnd(DWORD dwTimeoutMs)
 {
@@ -126,9 +111,7 @@ std::vector<double> CPlaybackHost::Progress() const
 {
     std::vector<double> values;
     for (const Event& event : events)
-    {
         if (event.dwCode == STREAMING_EVENT_PROGRESS)
             values.push_back(event.dProgress);
-    }
     return values;
 }

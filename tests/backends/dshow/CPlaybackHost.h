@@ -1,7 +1,7 @@
-// What a host application is to the engine's dispatcher: a top-level window of a given client
-// size that keeps the input reaching it, the dispatcher as the engine builds it (with the
-// DirectShow back-end in view through its probe), the dispatcher's events with their arrival
-// times, and the host thread's message loop. COM lives as long as the host.
+// What a host application is to the engine's dispatcher: a top-level window that records the
+// input reaching it, the dispatcher as the engine builds it (its DirectShow back-end in view
+// through a probe), the dispatcher's events with their arrival times, and the thread's message
+// loop. COM lives as long as the host.
 #pragma once
 
 #include <windows.h>
@@ -11,9 +11,28 @@
 #include <string>
 #include <vector>
 
-#include "CDShowPlayerProbe.h"
+#include "backends/dshow/CDShowPlayer.h"
 #include "dispatch/CMediaPlayer.h"
 #include "dispatch/CWindowsMediaRoute.h"
+
+// The DirectShow back-end with its graph and windows in view, and its metadata editor replaceable
+// (unset, the platform's answers).
+class CDShowPlayerProbe : public CDShowPlayer
+{
+public:
+    IGraphBuilder* Graph() const { return m_pGB.Get(); }
+    IMediaControl* MediaControl() const { return m_pMC.Get(); }
+    IVideoWindow* VideoWindow() const { return m_pVideoWindow.Get(); }
+    HWND BackgroundWindow() const { return m_hBackgroundWnd; }
+    HWND EventWindow() const { return m_hEventWnd; }
+    std::function<HRESULT(IWMMetadataEditor**)> editorFactory;
+
+protected:
+    HRESULT CreateMetadataEditor(IWMMetadataEditor** ppEditor) override
+    {
+        return editorFactory ? editorFactory(ppEditor) : CDShowPlayer::CreateMetadataEditor(ppEditor);
+    }
+};
 
 class CPlaybackHost
 {
@@ -21,7 +40,7 @@ public:
     struct Event
     {
         DWORD dwCode;
-        ULONG_PTR ulParam;  // the progress value is kept in dProgress instead
+        ULONG_PTR ulParam; // the progress value is kept in dProgress instead
         double dProgress;
         ULONGLONG tick;
     };
@@ -33,29 +52,22 @@ public:
     };
 
     // pRoute, when given, replaces the engine's Windows Media route.
-    explicit CPlaybackHost(int nWidth = 320, int nHeight = 240,
-                           std::unique_ptr<CWindowsMediaRoute> pRoute = nullptr);
+    explicit CPlaybackHost(int nWidth = 320, int nHeight = 240, std::unique_ptr<CWindowsMediaRoute> pRoute = nullptr);
     CPlaybackHost(const CPlaybackHost&) = delete;
     CPlaybackHost& operator=(const CPlaybackHost&) = delete;
     ~CPlaybackHost();
 
     // Init for the file, then OpenFile, as the Play object does it.
     HRESULT Open(const std::wstring& path, TESSALY_FILEINFO* pInfo, DWORD dwPlaybackFlags = 1);
-    // Open, made again (and printed) while the busy platform renders only part or nothing of a
-    // file it renders whole on other tries; accepted() may ask for more of the result. Bare
-    // RenderFile, no engine, with three processes at once rendered clip.wmv only in part 57 of
-    // 450 times (13 %) and failed tone.ogg 13 of 450: four tries bring a case's false failure to
-    // about 3 in 10,000.
-    HRESULT OpenWhole(const std::wstring& path, TESSALY_FILEINFO* pInfo,
-                      const std::function<void()>& beforeEach = [] {},
+    // Open, made again (up to four tries, each printed) while the busy platform renders only part
+    // or nothing of a file it renders whole on other tries (13 % of bare RenderFile calls under
+    // load); accepted() may ask for more of the result.
+    HRESULT OpenWhole(const std::wstring& path, TESSALY_FILEINFO* pInfo, const std::function<void()>& beforeEach = [] {},
                       const std::function<bool()>& accepted = [] { return true; });
-    // Dispatches this thread's messages until done() holds or the time runs out.
     bool PumpUntil(const std::function<bool()>& done, DWORD dwTimeoutMs);
     void PumpFor(DWORD dwMs);
-    // Until a completion or an error event.
-    bool PumpUntilEnd(DWORD dwTimeoutMs);
-    // Changes the window's client size, as a host's user would.
-    void Resize(int nWidth, int nHeight);
+    bool PumpUntilEnd(DWORD dwTimeoutMs); // until a completion or an error event
+    void Resize(int nWidth, int nHeight); // the window's client size, as a user would change it
 
     size_t Count(DWORD dwCode) const;
     std::vector<double> Progress() const;

@@ -3,15 +3,8 @@
 #include <algorithm>
 #include <fstream>
 
-std::wstring CTestMedia::Path(const char* pszName)
-{
-    return PathIn(TESSALY_DSHOW_MEDIA_DIR, pszName);
-}
-
-bool CTestMedia::Read(const char* pszName, Truth* pTruth)
-{
-    return ReadIn(TESSALY_DSHOW_MEDIA_DIR, pszName, pTruth);
-}
+std::wstring CTestMedia::Path(const char* pszName) { return PathIn(TESSALY_DSHOW_MEDIA_DIR, pszName); }
+bool CTestMedia::Read(const char* pszName, Truth* pTruth) { return ReadIn(TESSALY_DSHOW_MEDIA_DIR, pszName, pTruth); }
 
 std::wstring CTestMedia::PathIn(const std::string& folder, const char* pszName)
 {
@@ -33,14 +26,10 @@ bool CTestMedia::ReadIn(const std::string& folder, const char* pszName, Truth* p
 {
     std::ifstream table(folder + "/truth.txt");
     std::string name;
-    Truth truth;
-    while (table >> name >> truth.dDuration >> truth.dwWidth >> truth.dwHeight)
+    for (Truth truth; table >> name >> truth.dDuration >> truth.dwWidth >> truth.dwHeight;)
     {
         if (name == pszName)
-        {
-            *pTruth = truth;
-            return true;
-        }
+            return *pTruth = truth, true;
     }
     return false;
 }

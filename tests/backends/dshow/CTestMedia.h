@@ -15,13 +15,10 @@ public:
         DWORD dwHeight = 0;
     };
 
-    // A Windows path, as a host would pass it.
     static std::wstring Path(const char* pszName);
-    // Paths and names as logs show them (the test media's names are ASCII).
-    static std::string Narrow(LPCWSTR pwsz);
-    // False when the file is not in the table.
-    static bool Read(const char* pszName, Truth* pTruth);
+    static bool Read(const char* pszName, Truth* pTruth); // false when the file is not in the table
     // The same for another folder of media with its own truth.txt (the QuickTime layer's).
-    static std::wstring PathIn(const std::string& folder, const char* pszName);
+    static std::wstring PathIn(const std::string& folder, const char* pszName); // a Windows path
     static bool ReadIn(const std::string& folder, const char* pszName, Truth* pTruth);
+    static std::string Narrow(LPCWSTR pwsz); // as logs show it (the media's names are ASCII)
 };

@@ -53,6 +53,7 @@ head -c 40000 clip.avi >cut.avi
 head -c 3000 tone.mp3 >cut.mp3
 cp tone.wma huge.wma
 patch huge.wma 16 '\x00\x00\x00\x80\x00\x00\x00\x00' # the header object claims 2 GiB
+head -c $(($(od -An -t u8 -j 16 -N 8 tone.wma) - 10)) tone.wma >short-header.wma # ten bytes short of its header
 ff -f lavfi -i "anoisesrc=duration=0.5:seed=7:sample_rate=8000" -f u8 noise.bin
 cp clip.avi noisy.avi
 dd if=noise.bin of=noisy.avi bs=1 seek=20000 conv=notrunc status=none
