@@ -45,34 +45,28 @@ struct FileInfoScript // GetFileInfo's answer; the outputs are written only with
 };
 
 // Every back-end, the CD one included: answers each operation as scripted in results (else S_OK),
-// logs each call as "<name>.<operation>(<arguments>)", posts to the dispatcher as a back-end does.
+// logs each call as "<name>.<operation>(<arguments>)"; its event window is the dispatcher's.
 class CScripted : public CDDAGraph
 {
 public:
-    CScripted(Entries& log, const char* pszName, HWND hWndParent) : m_log(log), m_name(pszName), m_hWndParent(hWndParent) {}
+    CScripted(Entries& log, const char* pszName, HWND hWndParent, LPCWSTR* ppTable = nullptr, DWORD dwCount = 0)
+        : m_log(log), m_name(pszName), m_hWndParent(hWndParent)
+    {
+        m_ppwszFileExt = ppTable, m_dwFileExtCount = dwCount;
+    }
     ~CScripted() override { Record("deleted"); }
     std::map<std::string, HRESULT> results;
     FileInfoScript fileInfo;
-    double dCurTime = 0.0, dDuration = 0.0;
+    double dCurTime = 0.0;
     HWND EventHandlerWindow() const { return m_hEventHandlerWnd; }
-    void SetTable(LPCWSTR* ppTable, DWORD dwCount) { m_ppwszFileExt = ppTable, m_dwFileExtCount = dwCount; }
-    bool Post(UINT uMsg, WPARAM wParam = 0) const { return PostMessageW(m_hEventHandlerWnd, uMsg, wParam, 0); }
 
-    HRESULT Init() override
-    {
-        const HRESULT hr = Answer("Init");
-        m_bInitialized |= SUCCEEDED(hr);
-        return hr;
-    }
+    HRESULT Init() override { const HRESULT hr = Answer("Init"); return m_bInitialized |= SUCCEEDED(hr), hr; }
     void Destroy() override { Record("Destroy"); }
     void Activate() override { Record("Activate"); }
     void Deactivate() override { Record("Deactivate"); }
     HRESULT SetParentWindow(HWND h) override { return Answer("SetParentWindow", h ? h == m_hWndParent ? "parent" : "?" : "null"); }
     HRESULT SetParentWindowSize(DWORD dwW, DWORD dwH) override { return Answer("SetParentWindowSize", Str(dwW, ",", dwH)); }
-    HRESULT OpenFile(LPCWSTR pwszFile, DWORD dwOpenFlags, DWORD dwFlags) override
-    {
-        return Answer("OpenFile", Str(Narrow(pwszFile), ",", dwOpenFlags, ",", dwFlags));
-    }
+    HRESULT OpenFile(LPCWSTR pwsz, DWORD dwOpen, DWORD dwFlags) override { return Answer("OpenFile", Str(Narrow(pwsz), ",", dwOpen, ",", dwFlags)); }
     HRESULT CloseFile() override { return Answer("CloseFile"); }
     HRESULT GetFileInfo(BOOL* pbAudioOnly, double* pdDuration, BOOL* pbSeekable, DWORD* pdwWidth, DWORD* pdwHeight,
                         BOOL* pbPicture) override
@@ -94,11 +88,7 @@ public:
     HRESULT GetCurTime(double* pdSeconds) override { return *pdSeconds = dCurTime, Answer("GetCurTime"); }
     void SetEventHandlerWindow(HWND hWnd) override { Record("SetEventHandlerWindow"), CDDAGraph::SetEventHandlerWindow(hWnd); }
     HRESULT OnEngineNotify(WPARAM wParam, LPARAM lParam) override { return Answer("OnEngineNotify", Str(wParam, ",", lParam)); }
-    HRESULT OpenCD(WCHAR wcDrive, WORD wStart, WORD wEnd) override
-    {
-        return Answer("OpenCD", Str(static_cast<char>(wcDrive), ",", wStart, ",", wEnd));
-    }
-    HRESULT GetDuration(double* pdDuration) override { return *pdDuration = dDuration, Answer("GetDuration"); }
+    HRESULT OpenCD(WCHAR wc, WORD wStart, WORD wEnd) override { return Answer("OpenCD", Str(char(wc), ",", wStart, ",", wEnd)); }
 
 private:
     void Record(const std::string& call) { m_log.push_back(m_name + "." + call); }
@@ -113,13 +103,11 @@ private:
     HWND m_hWndParent;
 };
 
-// Reaches the states and the corner the dispatcher never enters by itself.
-class CMediaPlayerProbe : public CMediaPlayer
+class CMediaPlayerProbe : public CMediaPlayer // reaches the states the dispatcher never enters by itself
 {
 public:
     using CMediaPlayer::CMediaPlayer;
     void ForceState(TESSALY_PLAYBACK_STATE state) { m_PlayState = state; }
-    void ForgetCurrentPlayer() { m_pCurPlayer = nullptr; }
     HWND EventWindow() const { return m_hEventWnd; }
 };
 
@@ -156,12 +144,10 @@ protected:
     template <class TPlayer> // the real back-end's table, whose strings are static
     CScripted* StandIn(CMediaPlayer::BackEnds& backEnds, const char* pszName)
     {
-        auto p = new CScripted(log, pszName, hWndParent);
-        backEnds.players.emplace_back(p);
         DWORD dwCount = 0;
         LPCWSTR* ppTable = TPlayer().GetSupportedFileExt(&dwCount);
-        p->SetTable(ppTable, dwCount);
-        return p;
+        backEnds.players.emplace_back(new CScripted(log, pszName, hWndParent, ppTable, dwCount));
+        return static_cast<CScripted*>(backEnds.players.back().get());
     }
     static HRESULT OnEvent(DWORD dwEvent, ULONG_PTR ulParam, void* pContext)
     {
@@ -182,12 +168,6 @@ protected:
         EXPECT_EQ(player->Init(pwszFile), S_OK);
         log.clear();
         return player->OpenFile(pwszFile, dwOpenFlags, dwFlags, pInfo);
-    }
-    void OpenAndPlay(LPCWSTR pwszFile)
-    {
-        ASSERT_EQ(Open(pwszFile), S_OK);
-        ASSERT_EQ(player->Play(), S_OK);
-        log.clear();
     }
     bool PumpUntilProgressCount(size_t n) { return CMessagePump::PumpUntil([&] { return progress.size() >= n; }, 5000); }
 
