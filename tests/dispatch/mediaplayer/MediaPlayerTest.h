@@ -1,6 +1,5 @@
-// The dispatcher built with scripted back-ends in the engine's search order (each with the
-// extension table of the real back-end it stands for), a scripted CD back-end, a Windows Media
-// route steered by path, a host window, and one ordered log of back-end calls and events.
+// The dispatcher with scripted back-ends in the engine's order (each with the real one's extension table),
+// a scripted CD back-end, a Windows Media route steered by path, a host window, one log of calls and events.
 #pragma once
 
 #include <windows.h>
@@ -27,12 +26,7 @@
 using Entries = std::vector<std::string>;
 
 template <class... T>
-std::string Str(const T&... values)
-{
-    std::ostringstream out;
-    (out << ... << values);
-    return out.str();
-}
+std::string Str(const T&... values) { std::ostringstream out; return (out << ... << values), out.str(); }
 
 inline std::string Narrow(LPCWSTR pwsz) { return pwsz ? std::string(pwsz, pwsz + wcslen(pwsz)) : "(null)"; }
 
@@ -50,10 +44,7 @@ class CScripted : public CDDAGraph
 {
 public:
     CScripted(Entries& log, const char* pszName, HWND hWndParent, LPCWSTR* ppTable = nullptr, DWORD dwCount = 0)
-        : m_log(log), m_name(pszName), m_hWndParent(hWndParent)
-    {
-        m_ppwszFileExt = ppTable, m_dwFileExtCount = dwCount;
-    }
+        : m_log(log), m_name(pszName), m_hWndParent(hWndParent) { m_ppwszFileExt = ppTable, m_dwFileExtCount = dwCount; }
     ~CScripted() override { Record("deleted"); }
     std::map<std::string, HRESULT> results;
     FileInfoScript fileInfo;
@@ -73,10 +64,8 @@ public:
     {
         Record("GetFileInfo");
         if (fileInfo.hr == S_OK)
-        {
-            *pbAudioOnly = fileInfo.bAudioOnly, *pdDuration = fileInfo.dDuration, *pbSeekable = fileInfo.bSeekable;
+            *pbAudioOnly = fileInfo.bAudioOnly, *pdDuration = fileInfo.dDuration, *pbSeekable = fileInfo.bSeekable,
             *pdwWidth = fileInfo.dwWidth, *pdwHeight = fileInfo.dwHeight, *pbPicture = fileInfo.bPicture;
-        }
         return fileInfo.hr;
     }
     HRESULT Play() override { return Answer("Play"); }
@@ -103,11 +92,10 @@ private:
     HWND m_hWndParent;
 };
 
-class CMediaPlayerProbe : public CMediaPlayer // reaches the states the dispatcher never enters by itself
+class CMediaPlayerProbe : public CMediaPlayer
 {
 public:
     using CMediaPlayer::CMediaPlayer;
-    void ForceState(TESSALY_PLAYBACK_STATE state) { m_PlayState = state; }
     HWND EventWindow() const { return m_hEventWnd; }
 };
 
@@ -159,10 +147,7 @@ protected:
                                                                  : Str("event.", names[dwEvent % 5], "(", std::hex, ulParam, ")"));
         return S_OK;
     }
-    size_t Count(const std::string& prefix) const
-    {
-        return std::count_if(log.begin(), log.end(), [&](const std::string& e) { return e.rfind(prefix, 0) == 0; });
-    }
+    size_t Count(const std::string& entry) const { return std::count(log.begin(), log.end(), entry); }
     HRESULT Open(LPCWSTR pwszFile, TESSALY_FILEINFO* pInfo = nullptr, DWORD dwOpenFlags = 0, DWORD dwFlags = 1)
     {
         EXPECT_EQ(player->Init(pwszFile), S_OK);
