@@ -50,7 +50,6 @@ public:
     FileInfoScript fileInfo;
     double dCurTime = 0.0;
     HWND EventHandlerWindow() const { return m_hEventHandlerWnd; }
-
     HRESULT Init() override { const HRESULT hr = Answer("Init"); return m_bInitialized |= SUCCEEDED(hr), hr; }
     void Destroy() override { Record("Destroy"); }
     void Activate() override { Record("Activate"); }
@@ -84,19 +83,11 @@ private:
     HRESULT Answer(const std::string& operation, const std::string& arguments = "")
     {
         Record(arguments.empty() ? operation : operation + "(" + arguments + ")");
-        const auto found = results.find(operation);
-        return found == results.end() ? S_OK : found->second;
+        return results.count(operation) ? results[operation] : S_OK;
     }
     Entries& m_log;
     std::string m_name;
     HWND m_hWndParent;
-};
-
-class CMediaPlayerProbe : public CMediaPlayer
-{
-public:
-    using CMediaPlayer::CMediaPlayer;
-    HWND EventWindow() const { return m_hEventWnd; }
 };
 
 class CTestWindowsMediaRoute : public CWindowsMediaRoute // "protected" in the path: the control's
@@ -120,15 +111,10 @@ protected:
         pQA = StandIn<CQTAudioPlayer>(backEnds, "QA");
         backEnds.pCDDAGraph.reset(pCD = new CScripted(log, "CD", hWndParent));
         backEnds.pWindowsMediaRoute.reset(new CTestWindowsMediaRoute);
-        player.reset(new CMediaPlayerProbe(std::move(backEnds)));
+        player.reset(new CMediaPlayer(std::move(backEnds)));
         player->SetEventCallback(&MediaPlayerTest::OnEvent, this);
     }
-    void TearDown() override
-    {
-        player->Destroy();
-        DestroyWindow(hWndParent);
-        CMessagePump::PumpFor(0);
-    }
+    void TearDown() override { player->Destroy(), DestroyWindow(hWndParent), CMessagePump::PumpFor(0); }
     template <class TPlayer> // the real back-end's table, whose strings are static
     CScripted* StandIn(CMediaPlayer::BackEnds& backEnds, const char* pszName)
     {
@@ -160,5 +146,5 @@ protected:
     std::vector<double> progress;
     HWND hWndParent = nullptr;
     CScripted *pDS = nullptr, *pPV = nullptr, *pWMP = nullptr, *pQT = nullptr, *pQA = nullptr, *pCD = nullptr;
-    std::unique_ptr<CMediaPlayerProbe> player;
+    std::unique_ptr<CMediaPlayer> player;
 };

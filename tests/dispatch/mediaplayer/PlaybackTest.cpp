@@ -93,7 +93,7 @@ TEST_F(Playback, AboutTenPositionsASecondOnlyWhilePlayingOnlyWithSOkAndOnlyToACa
         log.clear();
         pDS->results["GetCurTime"] = hr;
         player->SetEventCallback(bCallback ? &MediaPlayerTest::OnEvent : nullptr, this);
-        EXPECT_EQ(SendMessageW(player->EventWindow(), WM_TIMER, timer, 0), 0);
+        EXPECT_EQ(SendMessageW(pDS->EventHandlerWindow(), WM_TIMER, timer, 0), 0);
         EXPECT_EQ(log, expectedNow) << std::hex << hr;
     }
 }
@@ -119,7 +119,7 @@ TEST_F(Playback, APictureCountsTimerTicksFromEachStartOrSeek)
     ASSERT_EQ(player->Init(L"b.mp3"), S_OK); // so does opening over the playing picture after Init
     ASSERT_EQ(player->OpenFile(L"b.mp3", 0, 1, nullptr), S_OK);
     log.clear();
-    SendMessageW(player->EventWindow(), WM_TIMER, 1, 0);
+    SendMessageW(pDS->EventHandlerWindow(), WM_TIMER, 1, 0);
     EXPECT_EQ(log, Entries{"event.progress(1)"});
 }
 
@@ -149,13 +149,13 @@ TEST_F(Playback, AnEndReportsOnceMoreThenStopsAndCompletesWhileAnErrorLeavesTheS
 TEST_F(Playback, TheCDsTrackEndsKeepTheTimerAndItsGraphEventsReachItOnlyWhileCurrent)
 {
     Enter(kStop);
-    EXPECT_EQ(SendMessageW(player->EventWindow(), WM_CDDA_GRAPH_NOTIFY, 5, 6), 0);
+    EXPECT_EQ(SendMessageW(pDS->EventHandlerWindow(), WM_CDDA_GRAPH_NOTIFY, 5, 6), 0);
     EXPECT_TRUE(log.empty()) << "the CD is not current";
     ASSERT_EQ(player->OpenCD(L'D', 1, 3), S_OK);
     ASSERT_EQ(player->Play(), S_OK);
     pCD->dCurTime = 0.25;
     log.clear();
-    EXPECT_EQ(SendMessageW(player->EventWindow(), WM_CDDA_GRAPH_NOTIFY, 5, 6), 0);
+    EXPECT_EQ(SendMessageW(pDS->EventHandlerWindow(), WM_CDDA_GRAPH_NOTIFY, 5, 6), 0);
     ASSERT_TRUE(PostMessageW(pCD->EventHandlerWindow(), WM_CDDA_TRACK_COMPLETE, 0, 0));
     ASSERT_TRUE(CMessagePump::PumpUntil([&] { return Count("event.track_complete(0)") == 1; }, 5000));
     EXPECT_EQ(log, (Entries{"CD.OnEngineNotify(5,6)", "CD.GetCurTime", "event.progress(0.25)", "event.track_complete(0)"}));
