@@ -130,7 +130,7 @@ protected:
         if (dwEvent == STREAMING_EVENT_PROGRESS)
             pTest->progress.push_back(*reinterpret_cast<double*>(ulParam));
         pTest->log.push_back(dwEvent == STREAMING_EVENT_PROGRESS ? Str("event.progress(", pTest->progress.back(), ")")
-                                                                 : Str("event.", names[dwEvent % 5], "(", std::hex, ulParam, ")"));
+                                                                 : Str("event.", names[dwEvent < 5 ? dwEvent : 0], "(", std::hex, ulParam, ")"));
         return S_OK;
     }
     size_t Count(const std::string& entry) const { return std::count(log.begin(), log.end(), entry); }

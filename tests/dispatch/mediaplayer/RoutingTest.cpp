@@ -131,13 +131,13 @@ TEST_F(Routing, TheOpenedFilesRecordIsBuiltFromTheBackEndsSixValues)
     // Nothing written with S_FALSE: the defaults, seekable only. A failure keeps the open, fills nothing in.
     const std::pair<FileInfoScript, std::string> cases[] = {{{S_OK, TRUE, FALSE, TRUE, 12.5, 640, 480}, "5 12.5 640x480 11"},
                                                             {{S_FALSE, TRUE, FALSE, TRUE, 9, 1, 1}, "2 0 0x0 00"},
-                                                            {{E_POINTER, TRUE}, "cdcdcdcd 0 7x7 00"}};
+                                                            {{E_POINTER, TRUE}, "cdcdcdcd -1 7x7 00"}};
     for (const auto& [script, expected] : cases)
     {
         pQT->fileInfo = script;
         TESSALY_FILEINFO info = {0xCDCDCDCD, -1.0, 7, 7};
         ASSERT_EQ(Open(L"a.mov", &info), S_OK);
-        EXPECT_EQ(Str(std::hex, info.dwAttributeMask, std::dec, " ", info.dDuration > 0 ? info.dDuration : 0, " ", info.dwWidth, "x",
+        EXPECT_EQ(Str(std::hex, info.dwAttributeMask, std::dec, " ", info.dDuration, " ", info.dwWidth, "x",
                       info.dwHeight, " ", player->IsAudioOnly(), player->IsPictureFile()), expected);
     }
 }
