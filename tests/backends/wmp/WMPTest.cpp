@@ -1,142 +1,120 @@
-// The Media Player control back-end against the platform's real control: its event sink, which
-// files the engine routes to it, files it cannot open, where its window goes, an open re-entered or
-// torn down from inside its own wait, playback of unprotected files (the route forced to it), and
-// many opens in a row.
+// The Media Player control back-end against the platform's real control: its event sink, the route
+// of a protected file, files it cannot open, its window, an open re-entered or torn down from inside
+// its own wait, and playback of unprotected files with the route forced to it.
 #include <gtest/gtest.h>
 
 #include <wmpids.h>
 
 #include <algorithm>
 #include <cwctype>
+#include <cstdio>
 #include <functional>
 
+#include "CAsfHeaderBuilder.h"
 #include "CControlStage.h"
-#include "CProtectedMedia.h"
 #include "CTempFolder.h"
 #include "CTestMedia.h"
 #include "backends/wmp/CWMPEventSink.h"
 #include "backends/wmp/CWMPHost.h"
 #include "base/EngineMessages.h"
-#include "tests/support/CProcessCounts.h"
 
 namespace {
 
-// The sink turns three dispatch members into WM_WMP_EVENT posted to the host window.
-class WMPEventSink : public ::testing::Test
+TEST(WMPEventSink, PostsStateChangesAndErrorsRefusesMalformedCallsAndCountsItsReferences)
 {
-protected:
-    void SetUp() override
-    {
-        ASSERT_NE(nullptr, m_hWnd = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0));
-        m_pSink = new CWMPEventSink(m_hWnd);
-    }
-    void TearDown() override
-    {
-        EXPECT_EQ(0u, m_pSink->Release());
-        DestroyWindow(m_hWnd);
-    }
-    HRESULT Fire(DISPID id, VARTYPE vt, LONG lValue, UINT cArgs = 1, UINT cNamed = 0)
-    {
+    HWND hWnd = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0);
+    auto* pSink = new CWMPEventSink(hWnd);
+    auto fire = [&](DISPID id, VARTYPE vt, UINT cArgs = 1, UINT cNamed = 0) {
         VARIANT arg = {};
         arg.vt = vt;
-        arg.lVal = lValue;
+        arg.lVal = vt == VT_DISPATCH ? 0 : 13;
         DISPID named = DISPID_PROPERTYPUT;
         DISPPARAMS params = {&arg, cNamed ? &named : nullptr, cArgs, cNamed};
-        return m_pSink->Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr);
-    }
-    // Every WM_WMP_EVENT waiting for the window, as (kind, value).
-    std::vector<std::pair<WPARAM, LPARAM>> Posted()
-    {
-        std::vector<std::pair<WPARAM, LPARAM>> posted;
+        return pSink->Invoke(id, IID_NULL, 0, DISPATCH_METHOD, &params, nullptr, nullptr, nullptr);
+    };
+    auto posted = [] {
+        std::vector<std::pair<WPARAM, LPARAM>> messages;
         for (MSG msg; PeekMessageW(&msg, nullptr, WM_WMP_EVENT, WM_WMP_EVENT, PM_REMOVE);)
-            posted.emplace_back(msg.wParam, msg.lParam);
-        return posted;
-    }
-
-    HWND m_hWnd = nullptr;
-    CWMPEventSink* m_pSink = nullptr;
-};
-
-TEST_F(WMPEventSink, StateChangesAndErrorsArePostedWithTheirValueAndMalformedCallsRefused)
-{
-    EXPECT_EQ(S_OK, Fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_UI4, 13)); // the type this platform's control passes
-    EXPECT_EQ(S_OK, Fire(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, VT_I4, 8));
-    EXPECT_EQ(S_OK, Fire(DISPID_WMPCOREEVENT_ERROR, VT_EMPTY, 0, 0));
-    // Members that nobody here acts on are taken and post nothing.
-    EXPECT_EQ(S_OK, Fire(DISPID_WMPCOREEVENT_BUFFERING, VT_I4, 1));
-    EXPECT_EQ(S_OK, Fire(DISPID_WMPOCXEVENT_MOUSEUP, VT_EMPTY, 0, 0));
+            messages.emplace_back(msg.wParam, msg.lParam);
+        return messages;
+    };
+    const std::vector<HRESULT> answers = {
+        fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_UI4), fire(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, VT_I4),
+        fire(DISPID_WMPCOREEVENT_ERROR, VT_EMPTY, 0), fire(DISPID_WMPCOREEVENT_BUFFERING, VT_I4),
+        fire(DISPID_WMPOCXEVENT_MOUSEUP, VT_EMPTY, 0), fire(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, VT_I4, 1, 1),
+        fire(4999, VT_I4), fire(DISPID_WMPOCXEVENT_MOUSEUP + 1, VT_I4), fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_I4, 0),
+        fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_DISPATCH),
+        pSink->Invoke(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr)};
+    EXPECT_EQ((std::vector<HRESULT>{S_OK, S_OK, S_OK, S_OK, S_OK, DISP_E_NONAMEDARGS, DISP_E_MEMBERNOTFOUND,
+                                    DISP_E_MEMBERNOTFOUND, DISP_E_BADPARAMCOUNT, DISP_E_TYPEMISMATCH, E_POINTER}),
+              answers);
     EXPECT_EQ((std::vector<std::pair<WPARAM, LPARAM>>{
-                  {WMP_EVENT_OPENSTATE_CHANGED, 13}, {WMP_EVENT_PLAYSTATE_CHANGED, 8}, {WMP_EVENT_ERROR, 0}}),
-              Posted());
+                  {WMP_EVENT_OPENSTATE_CHANGED, 13}, {WMP_EVENT_PLAYSTATE_CHANGED, 13}, {WMP_EVENT_ERROR, 0}}),
+              posted());
+    DestroyWindow(hWnd);
+    pSink->Error(), pSink->PlayStateChange(8);
+    EXPECT_TRUE(posted().empty()) << "posted to a window that is gone";
 
-    EXPECT_EQ(E_POINTER, m_pSink->Invoke(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, IID_NULL, 0, DISPATCH_METHOD, nullptr,
-                                         nullptr, nullptr, nullptr));
-    EXPECT_EQ(DISP_E_NONAMEDARGS, Fire(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, VT_I4, 3, 1, 1));
-    EXPECT_EQ(DISP_E_MEMBERNOTFOUND, Fire(4999, VT_I4, 3));
-    EXPECT_EQ(DISP_E_MEMBERNOTFOUND, Fire(DISPID_WMPOCXEVENT_MOUSEUP + 1, VT_I4, 3));
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, Fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_I4, 3, 0));
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, Fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_DISPATCH, 0));
-    EXPECT_TRUE(Posted().empty());
-
-    DestroyWindow(m_hWnd); // nothing is posted once the host window is gone
-    m_pSink->Error();
-    m_pSink->PlayStateChange(8);
-    EXPECT_TRUE(Posted().empty());
-}
-
-TEST_F(WMPEventSink, AnswersBothEventInterfacesAndCountsItsReferences)
-{
     IUnknown* p[4] = {};
     const IID iids[] = {IID_IUnknown, IID_IDispatch, __uuidof(IWMPEvents), __uuidof(_WMPOCXEvents)};
     for (int i = 0; i < 4; ++i)
-        ASSERT_EQ(S_OK, m_pSink->QueryInterface(iids[i], reinterpret_cast<void**>(&p[i])));
-    EXPECT_EQ(p[2], p[0]);
-    EXPECT_EQ(p[1], p[3]);
+        ASSERT_EQ(S_OK, pSink->QueryInterface(iids[i], reinterpret_cast<void**>(&p[i])));
+    EXPECT_EQ(std::make_pair(p[0], p[1]), std::make_pair(p[2], p[3]));
     IUnknown* pOther = reinterpret_cast<IUnknown*>(0x1);
-    EXPECT_EQ(E_NOINTERFACE, m_pSink->QueryInterface(IID_IConnectionPoint, reinterpret_cast<void**>(&pOther)));
+    EXPECT_EQ(E_NOINTERFACE, pSink->QueryInterface(IID_IConnectionPoint, reinterpret_cast<void**>(&pOther)));
     EXPECT_EQ(nullptr, pOther);
-    EXPECT_EQ(E_POINTER, m_pSink->QueryInterface(IID_IUnknown, nullptr));
-    for (ULONG i = 0; i < 4; ++i)
-        EXPECT_EQ(4 - i, p[i]->Release());
+    EXPECT_EQ(E_POINTER, pSink->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_EQ((std::vector<ULONG>{4, 3, 2, 1}), (std::vector<ULONG>{p[0]->Release(), p[1]->Release(), p[2]->Release(), p[3]->Release()}));
+    EXPECT_EQ(0u, pSink->Release());
 }
 
-// Files whose header declares content protection go to the control, which on this platform
-// accepts such a file but never plays it: the open must end in the back-end's failure code, soon.
-TEST(WMPRoute, ProtectedFilesAreHostedInTheControlAndFailWithinTheOpenLimitUnprotectedOnesStayWithDirectShow)
+// A copy of clip.wmv with an extended encryption object as the header's first child; the header's
+// size (8 bytes at 16) and child count (4 bytes at 24) grow to match.
+std::wstring ProtectedCopy(const CTempFolder& folder)
+{
+    std::string bytes(1 << 20, '\0');
+    FILE* f = _wfopen(CTestMedia::Path("clip.wmv").c_str(), L"rb");
+    bytes.resize(f ? fread(&bytes[0], 1, bytes.size(), f) : 0);
+    if (f)
+        fclose(f);
+    const std::vector<uint8_t> object = CAsfHeaderBuilder::EncryptionObject(true);
+    auto grow = [&bytes](size_t offset, int cb, uint64_t by) {
+        uint64_t value = 0;
+        for (int i = cb - 1; i >= 0; --i)
+            value = (value << 8) | static_cast<uint8_t>(bytes[offset + i]);
+        for (int i = 0; i < cb; ++i)
+            bytes[offset + i] = static_cast<char>((value + by) >> (8 * i));
+    };
+    if (bytes.size() < 30)
+        return L"";
+    grow(16, 8, object.size()), grow(24, 4, 1);
+    bytes.insert(30, std::string(object.begin(), object.end()));
+    return folder.Write(L"protected.wmv", bytes);
+}
+
+// This platform's control takes a protected file but never plays it: the open must end in the
+// back-end's failure code within the limit.
+TEST(WMPRoute, AProtectedFileIsHostedInTheControlAndFailsWithinTheOpenLimit)
 {
     CTempFolder folder;
-    const std::pair<const char*, bool> kCases[] = {{"tone.wma", false}, {"clip.wmv", true}, {"clip.asf", false}};
-    for (const auto& c : kCases) // one of each encryption object, on sound and on video
-    {
-        SCOPED_TRACE(c.first);
-        const std::wstring path = CProtectedMedia::Copy(folder, c.first, c.second);
-        ASSERT_FALSE(path.empty());
-        CPlaybackHost host;
-        TESSALY_FILEINFO info = {7, 7.0, 7, 7};
-        const ULONGLONG start = GetTickCount64();
-        EXPECT_EQ(TESSALY_E_CANNOTPLAY, host.Open(path, &info));
-        EXPECT_LT(GetTickCount64() - start, CWMPHost::kOpenLimitMs + 2000);
-        EXPECT_NE(nullptr, CControlStage::FindContainer(host.Window())) << "the control was not hosted";
-        EXPECT_EQ(nullptr, host.DShow().Graph()) << "DirectShow was asked as well";
-        EXPECT_EQ(7.0, info.dDuration) << "a failed open wrote the caller's record";
-        EXPECT_EQ(0u, host.events.size());
-    }
-    for (const char* pszName : {"tone.wma", "clip.wmv"})
-    {
-        SCOPED_TRACE(pszName);
-        CPlaybackHost host;
-        ASSERT_EQ(S_OK, host.OpenWhole(CTestMedia::Path(pszName), nullptr));
-        EXPECT_NE(nullptr, host.DShow().Graph());
-        EXPECT_EQ(nullptr, CControlStage::FindContainer(host.Window()));
-    }
+    const std::wstring path = ProtectedCopy(folder);
+    ASSERT_FALSE(path.empty());
+    CPlaybackHost host;
+    TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_EQ(TESSALY_E_CANNOTPLAY, host.Open(path, &info));
+    EXPECT_LT(GetTickCount64() - start, CWMPHost::kOpenLimitMs + 2000);
+    EXPECT_NE(nullptr, CControlStage::FindContainer(host.Window())) << "the control was not hosted";
+    EXPECT_EQ(nullptr, host.DShow().Graph()) << "DirectShow was asked as well";
+    EXPECT_EQ(7.0, info.dDuration) << "a failed open wrote the caller's record";
+    EXPECT_EQ(0u, host.events.size());
 }
 
 TEST(WMPLifecycle, FilesTheControlCannotOpenFailWithinTheLimitAndLeaveTheBackEndUsable)
 {
     CTempFolder folder;
-    std::string noise(20000, '\0');
-    for (size_t i = 0; i < noise.size(); ++i)
-        noise[i] = static_cast<char>((i * 7919) >> 3);
+    std::string noise(20000, 'n');
+    std::generate(noise.begin(), noise.end(), [i = 0u]() mutable { return static_cast<char>((i++ * 7919) >> 3); });
     auto host = CControlStage::ControlHost();
     for (const std::wstring& path :
          {folder.Write(L"noise.wmv", noise), folder.Write(L"empty.wma", ""), folder.Path(L"missing.wma")})
@@ -149,7 +127,6 @@ TEST(WMPLifecycle, FilesTheControlCannotOpenFailWithinTheLimitAndLeaveTheBackEnd
     TESSALY_FILEINFO info = {};
     EXPECT_EQ(S_OK, host->Open(CTestMedia::Path("tone.wma"), &info));
     EXPECT_GT(info.dDuration, 1.5);
-    EXPECT_EQ(0u, host->Count(STREAMING_EVENT_ERROR));
 }
 
 TEST(WMPLifecycle, TheControlFillsTheParentFollowsItsSizeAndIsHiddenOnClose)
@@ -170,13 +147,12 @@ TEST(WMPLifecycle, TheControlFillsTheParentFollowsItsSizeAndIsHiddenOnClose)
     EXPECT_TRUE(IsWindowVisible(hHostWindow));
     ASSERT_EQ(S_OK, host->Player().SetParentWindowSize(640, 360));
     EXPECT_EQ((std::vector<long>{0, 0, 640, 360}), placed(hHostWindow));
-    EXPECT_EQ((std::vector<long>{0, 0, 640, 360}), placed(hContainer)) << "the container covers the host window";
+    EXPECT_EQ((std::vector<long>{0, 0, 640, 360}), placed(hContainer));
     ASSERT_EQ(S_OK, host->Player().CloseFile());
     EXPECT_FALSE(IsWindowVisible(hHostWindow));
 }
 
-// A host of the control on a window of its own, and a window whose posted WM_APP runs a step
-// inside whatever loop dispatches it: here the host's own wait for the open.
+// A host of the control, and a window whose posted WM_APP runs a step inside the host's own wait.
 class WMPHostOpen : public ::testing::Test
 {
 protected:
@@ -197,17 +173,16 @@ protected:
         m_pHost.reset();
         DestroyWindow(m_hParent);
         CoUninitialize();
-        // Hosting the control left no initialisation of COM of its own on this thread.
-        EXPECT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
+        EXPECT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) << "the host left COM initialised";
         CoUninitialize();
     }
     void PostStep(std::function<void()> step)
     {
         m_step = std::move(step);
-        m_hStep = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0);
-        SetWindowLongPtrW(m_hStep, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-        m_pfnStatic = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(m_hStep, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Proc)));
-        PostMessageW(m_hStep, WM_APP, 0, 0);
+        m_hStep.reset(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0));
+        SetWindowLongPtrW(m_hStep.get(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        m_pfnStatic = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(m_hStep.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Proc)));
+        PostMessageW(m_hStep.get(), WM_APP, 0, 0);
     }
     static LRESULT CALLBACK Proc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
     {
@@ -217,10 +192,11 @@ protected:
         return uMsg == WM_APP ? 0 : CallWindowProcW(pThis->m_pfnStatic, hWnd, uMsg, wParam, lParam);
     }
 
-    HWND m_hParent = nullptr, m_hStep = nullptr;
+    HWND m_hParent = nullptr;
     std::unique_ptr<CWMPHost> m_pHost;
     std::function<void()> m_step;
     WNDPROC m_pfnStatic = nullptr;
+    std::unique_ptr<std::remove_pointer_t<HWND>, decltype(&DestroyWindow)> m_hStep{nullptr, DestroyWindow};
 };
 
 TEST_F(WMPHostOpen, AnOpenReenteredFromItsOwnWaitIsRefusedAndTheWaitingOneGoesOn)
@@ -234,7 +210,6 @@ TEST_F(WMPHostOpen, AnOpenReenteredFromItsOwnWaitIsRefusedAndTheWaitingOneGoesOn
     DWORD dwWidth = 7, dwHeight = 7;
     ASSERT_EQ(S_OK, m_pHost->GetFileInfo(&bAudio, &dDuration, &bSeekable, &dwWidth, &dwHeight, &bPicture));
     EXPECT_NEAR(2.0, dDuration, 0.1) << "the item opened is the first one asked for";
-    DestroyWindow(m_hStep);
 }
 
 TEST_F(WMPHostOpen, TearingTheHostDownDuringItsOwnWaitEndsTheOpenAsFailed)
@@ -247,11 +222,7 @@ TEST_F(WMPHostOpen, TearingTheHostDownDuringItsOwnWaitEndsTheOpenAsFailed)
         PostStep([&] { bDelete ? m_pHost.reset() : (void)DestroyWindow(m_pHost->Window()); });
         EXPECT_EQ(E_FAIL, pHost->Open(CTestMedia::Path("tone.wma").c_str()));
         EXPECT_EQ(bDelete ? nullptr : pHost, m_pHost.get());
-        if (m_pHost)
-        {
-            EXPECT_EQ(E_FAIL, m_pHost->Play()) << "nothing is open in a host without its window";
-        }
-        DestroyWindow(m_hStep);
+        EXPECT_EQ(E_FAIL, m_pHost ? m_pHost->Play() : E_FAIL) << "nothing is open in a host without its window";
     }
 }
 
@@ -269,13 +240,12 @@ protected:
     std::unique_ptr<CPlaybackHost> host = CControlStage::ControlHost();
 };
 
-// The kind the control names for the item, the size only for video, a duration always; it stays still until
-// the host says play, then keeps to the clock up to one completion.
-TEST_P(WMPPlayback, OpensWithItsDurationThenPlaysInRealTimeToTheCompletionEvent)
+// The kind the control names for the item (this platform's names none), the size only for video;
+// still until played, then in real time to one completion; a stop halts it.
+TEST_P(WMPPlayback, OpensStillWithItsDurationPlaysInRealTimeToOneCompletionAndStopHalts)
 {
-    ASSERT_NE(nullptr, CControlStage::FindContainer(host->Window()));
     EXPECT_NEAR(truth.dDuration, info.dDuration, 0.1);
-    std::wstring type = CControlStage::ControlMediaType(host->Window()); // this platform's control names none
+    std::wstring type = CControlStage::ControlMediaType(host->Window());
     std::transform(type.begin(), type.end(), type.begin(), ::towlower);
     const bool bSized = type == L"video" || type == L"photo";
     EXPECT_EQ(TESSALY_FILEINFO_SEEKABLE | (type == L"audio" ? TESSALY_FILEINFO_AUDIO_ONLY : 0u), info.dwAttributeMask);
@@ -296,35 +266,18 @@ TEST_P(WMPPlayback, OpensWithItsDurationThenPlaysInRealTimeToTheCompletionEvent)
     EXPECT_EQ(1u, host->Count(STREAMING_EVENT_COMPLETE));
     EXPECT_EQ(0u, host->Count(STREAMING_EVENT_ERROR));
     EXPECT_GT((GetTickCount64() - start) / 1000.0, truth.dDuration - 0.3);
-    EXPECT_EQ(Playback_State_Stop, host->Player().GetPlayState());
-}
-
-// This platform's control cannot pause (pause answers E_NOTIMPL inside it and it plays on): the
-// dispatcher's state and the completion are what is checked.
-TEST_P(WMPPlayback, StopHaltsProgressPauseAndResumeAreForwardedAndPlaybackStillCompletes)
-{
-    ASSERT_NE(0u, CControlStage::PlayRendered(*host, GetParam()));
-    ASSERT_EQ(S_OK, host->Player().Stop());
-    EXPECT_EQ(Playback_State_Stop, host->Player().GetPlayState());
-    const size_t nReports = host->Progress().size();
-    host->PumpFor(500);
-    EXPECT_EQ(nReports, host->Progress().size()) << "progress went on after stop";
 
     host->events.clear();
     ASSERT_NE(0u, CControlStage::PlayRendered(*host, GetParam()));
-    ASSERT_EQ(S_OK, host->Player().Pause());
-    EXPECT_EQ(Playback_State_Pause, host->Player().GetPlayState());
-    host->PumpFor(300);
-    ASSERT_EQ(S_OK, host->Player().Pause());
-    EXPECT_EQ(Playback_State_Play, host->Player().GetPlayState());
-    ASSERT_TRUE(host->PumpUntilEnd(10000));
-    EXPECT_EQ(1u, host->Count(STREAMING_EVENT_COMPLETE));
+    ASSERT_EQ(S_OK, host->Player().Stop());
+    const size_t nReports = host->Progress().size();
+    host->PumpFor(500);
+    EXPECT_EQ(nReports, host->Progress().size()) << "progress went on after stop";
 }
 
 INSTANTIATE_TEST_SUITE_P(Media, WMPPlayback, ::testing::Values("tone.wma", "clip.wmv"));
 
-// Sound only: this platform's control, seeking a video while playing it, stalls its graph (no end
-// of media, and its stop then never returns).
+// Sound only: this platform's control stalls a video seeked while playing.
 TEST(WMPSeek, ASeekWhilePlayingMovesTheProgressThere)
 {
     auto host = CControlStage::ControlHost();
@@ -336,45 +289,6 @@ TEST(WMPSeek, ASeekWhilePlayingMovesTheProgressThere)
     EXPECT_GE(host->Progress().back(), 1.2);
     ASSERT_TRUE(host->PumpUntilEnd(10000));
     EXPECT_EQ(1u, host->Count(STREAMING_EVENT_COMPLETE));
-}
-
-// The busy platform's control now and then refuses an open (about one in a hundred in a full run):
-// such a cycle opens once more, and the refusals are counted. The limits catch a leak per cycle.
-TEST(WMPLifecycle, AHundredOpensAndClosesLeaveHandlesWindowsThreadsAndMemoryFlat)
-{
-    auto host = CControlStage::ControlHost();
-    const std::wstring path = CTestMedia::Path("tone.wma");
-    int nRefused = 0;
-    auto cycle = [&] {
-        HRESULT hr = host->Open(path, nullptr);
-        if (FAILED(hr))
-        {
-            ++nRefused;
-            host->Player().CloseFile();
-            hr = host->Open(path, nullptr);
-        }
-        EXPECT_EQ(S_OK, hr);
-        EXPECT_EQ(S_OK, host->Player().CloseFile());
-    };
-    for (int i = 0; i < 5; ++i) // the control's and the platform's first-use caches
-        cycle();
-    host->PumpFor(100);
-    const CProcessCounts before = CProcessCounts::Take();
-    for (int i = 0; i < 100 && !HasFailure(); ++i)
-        cycle();
-    EXPECT_LE(nRefused, 3) << "more refusals than the platform's noise";
-    // The platform's streaming threads end a little after the close, up to seconds on a busy machine.
-    CProcessCounts growth;
-    for (int nWait = 0; nWait < 25 && (nWait == 0 || growth.lThreads >= 3); ++nWait)
-    {
-        host->PumpFor(200);
-        growth = CProcessCounts::Take() - before;
-    }
-    growth.Print("after 100 open/close cycles through the control");
-    EXPECT_LT(growth.lHandles, 50);
-    EXPECT_LT(growth.lUserObjects, 20);
-    EXPECT_LT(growth.lThreads, 3);
-    EXPECT_LT(growth.lPrivateKb, 16 * 1024);
 }
 
 } // namespace
