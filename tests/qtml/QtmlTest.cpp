@@ -1,7 +1,6 @@
 // The QuickTime layer on its own, against real DirectShow and GDI+: start-up, damaged files and
-// paths, importers and handles, painting and the video window in a port, and dispose against a
-// controller serviced on a worker. What each file reports and its playback are checked through the
-// back-ends (tests/backends/quicktime).
+// paths, painting and the video window in a port, and dispose against a controller serviced on a
+// worker. What files report and their playback are checked through the back-ends' tests.
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -20,8 +19,7 @@ namespace {
 std::string MediaPath(const char* pszName)
 {
     std::string path = std::string(TESSALY_QT_MEDIA_DIR) + "/" + pszName;
-    std::replace(path.begin(), path.end(), '/', '\\');
-    return path;
+    return std::replace(path.begin(), path.end(), '/', '\\'), path;
 }
 
 // As the engine opens a movie: FSSpec, movie file, movie, movie file closed.
@@ -47,11 +45,8 @@ TEST(StartupTest, StartsReportsVersionSevenAndNests)
     EXPECT_EQ(gestaltUndefSelectorErr, Gestalt(gestaltQuickTime, &response));
     EXPECT_EQ(0, response);
     EXPECT_EQ(qtmlDllLoadErr, EnterMovies());
-    for (int i = 0; i < 2; ++i)
-    {
-        ASSERT_EQ(noErr, InitializeQTML(0));
-        ASSERT_EQ(noErr, EnterMovies());
-    }
+    const std::vector<OSErr> kStarted = {noErr, noErr, noErr, noErr};
+    ASSERT_EQ(kStarted, (std::vector<OSErr>{InitializeQTML(0), EnterMovies(), InitializeQTML(0), EnterMovies()}));
     ASSERT_EQ(noErr, Gestalt(gestaltQuickTime, &response));
     EXPECT_EQ(0x0700, (response >> 16) & 0xFFFF);
     EXPECT_EQ(gestaltUndefSelectorErr, Gestalt(0x73797376 /* 'sysv' */, &response));
@@ -103,36 +98,16 @@ TEST_F(QtmlTest, EmptyMissingAndFolderFilesFailBeforeTheDecoderAndOverlongPathsA
         EXPECT_EQ(c.second, NativePathNameToFSSpec(std::string(c.first, 'a').c_str(), &location, 0)) << c.first;
 }
 
-// A Targa has no GDI+ decoder but an importer of the layer's; a PNG named .pict is found by its
-// content; a movie has none.
-TEST_F(QtmlTest, PicturesHaveAnImporterFoundByContentAndMoviesNone)
-{
-    const std::pair<const char*, OSErr> kinds[] = {{"clip.mov", cantFindHandler}, {"still.pict", noErr}, {"still.tga", noErr}};
-    for (const auto& kind : kinds)
-    {
-        FSSpec location;
-        GraphicsImportComponent importer = reinterpret_cast<GraphicsImportComponent>(1);
-        ASSERT_EQ(noErr, NativePathNameToFSSpec(MediaPath(kind.first).c_str(), &location, 0));
-        EXPECT_EQ(kind.second, GetGraphicsImporterForFile(&location, &importer)) << kind.first;
-        EXPECT_EQ(kind.second == noErr, importer != nullptr) << kind.first;
-        EXPECT_EQ((std::vector<OSErr>{importer ? noErr : paramErr, paramErr}),
-                  (std::vector<OSErr>{CloseComponent(importer), CloseComponent(importer)})) << kind.first;
-    }
-}
-
 // A window with a port, made the current port, whose procedure hands every message to the
 // controller that is set, as the engine's windows do.
 struct CPortWindow
 {
     CPortWindow()
     {
-        static const ATOM atom = [] {
-            WNDCLASSW wc = {0, Proc, 0, 0, nullptr, nullptr, nullptr, static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)),
-                            nullptr, L"QtmlTestPort"};
-            return RegisterClassW(&wc);
-        }();
-        hWnd = CreateWindowExW(0, reinterpret_cast<LPCWSTR>(static_cast<ULONG_PTR>(atom)), L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20, 320, 240, nullptr,
-                               nullptr, nullptr, nullptr);
+        WNDCLASSW wc = {0, Proc, 0, 0, nullptr, nullptr, nullptr, static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH)),
+                        nullptr, L"QtmlTestPort"};
+        RegisterClassW(&wc); // fails harmlessly once registered
+        hWnd = CreateWindowExW(0, wc.lpszClassName, L"", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 20, 20, 320, 240, 0, 0, 0, 0);
         SetWindowLongPtrW(hWnd, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
         MacSetPort(port = CreatePortAssociation(hWnd, nullptr, 0));
     }
@@ -156,24 +131,22 @@ struct CPortWindow
     std::atomic<MovieController> controller{nullptr};
 };
 
-// Each child of the port window: left, top, right, bottom in the port, and whether visible.
-std::vector<long> Children(HWND hPort)
-{
-    std::vector<long> placed;
-    for (HWND h = GetWindow(hPort, GW_CHILD); h; h = GetWindow(h, GW_HWNDNEXT))
-    {
-        RECT rc;
-        GetWindowRect(h, &rc);
-        MapWindowPoints(HWND_DESKTOP, hPort, reinterpret_cast<POINT*>(&rc), 2);
-        placed.insert(placed.end(), {rc.left, rc.top, rc.right, rc.bottom, IsWindowVisible(h)});
-    }
-    return placed;
-}
-
-// A repaint's colour at a point: the window's own paint erases in black after the controller drew.
+// A repaint's colour at a point (the window's own paint erases in black after the controller drew),
+// and each child of the port: left, top, right, bottom, and whether visible.
 TEST_F(QtmlTest, APictureIsPaintedAtTheMovieBoxAVideoIsAChildWindowThereAndBothFollowTheBox)
 {
     CPortWindow port;
+    auto children = [&] {
+        std::vector<long> placed;
+        for (HWND h = GetWindow(port.hWnd, GW_CHILD); h; h = GetWindow(h, GW_HWNDNEXT))
+        {
+            RECT rc;
+            GetWindowRect(h, &rc);
+            MapWindowPoints(HWND_DESKTOP, port.hWnd, reinterpret_cast<POINT*>(&rc), 2);
+            placed.insert(placed.end(), {rc.left, rc.top, rc.right, rc.bottom, IsWindowVisible(h)});
+        }
+        return placed;
+    };
     auto repaint = [&](int x, int y) {
         RedrawWindow(port.hWnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
         CMessagePump::PumpFor(100);
@@ -189,25 +162,25 @@ TEST_F(QtmlTest, APictureIsPaintedAtTheMovieBoxAVideoIsAChildWindowThereAndBothF
         Rect box;
         GetMovieBox(movie, &box);
         port.controller = NewMovieController(movie, &box, mcTopLeftMovie | mcNotVisible);
-        const Rect placed = {10, 20, 106, 148};
+        const Rect placed = {10, 20, 106, 148}; // twice the picture's size
         if (std::string(pszName) == "still.png")
         {
             EXPECT_NE(RGB(0, 0, 0), repaint(32, 24));
             EXPECT_EQ(RGB(0, 0, 0), repaint(100, 80));
             SetMovieBox(movie, &placed);
             EXPECT_NE(RGB(0, 0, 0), repaint(100, 80));
-            EXPECT_TRUE(Children(port.hWnd).empty());
+            EXPECT_TRUE(children().empty());
         }
         else
         {
-            EXPECT_EQ((std::vector<long>{0, 0, 160, 120, TRUE}), Children(port.hWnd));
+            EXPECT_EQ((std::vector<long>{0, 0, 160, 120, TRUE}), children());
             SetMovieBox(movie, &placed);
-            EXPECT_EQ((std::vector<long>{20, 10, 148, 106, TRUE}), Children(port.hWnd));
+            EXPECT_EQ((std::vector<long>{20, 10, 148, 106, TRUE}), children());
         }
         DisposeMovieController(port.controller.exchange(nullptr));
         DisposeMovie(movie);
         CMessagePump::PumpFor(100);
-        EXPECT_TRUE(Children(port.hWnd).empty()) << pszName;
+        EXPECT_TRUE(children().empty()) << pszName;
     }
 }
 
@@ -217,9 +190,8 @@ TEST_F(QtmlTest, APictureIsPaintedAtTheMovieBoxAVideoIsAChildWindowThereAndBothF
 TEST_F(QtmlTest, DisposeWaitsForTheFilterRunningOnTheThreadThatServicesThePort)
 {
     static std::atomic<int> nFinished;
-    static std::atomic<DWORD> dwFinishedThread;
-    static std::atomic<bool> bFilterReturned;
-    nFinished = 0, dwFinishedThread = 0, bFilterReturned = false;
+    static std::atomic<DWORD> dwFilterReturnedOn; // the filter's thread, once it has returned
+    nFinished = 0, dwFilterReturnedOn = 0;
     std::atomic<CPortWindow*> pPort{nullptr};
     std::atomic<bool> bQuit{false};
     std::atomic<DWORD> dwWorker{0};
@@ -246,10 +218,7 @@ TEST_F(QtmlTest, DisposeWaitsForTheFilterRunningOnTheThreadThatServicesThePort)
     MovieController mc = NewMovieController(movie, nullptr, mcTopLeftMovie | mcNotVisible);
     auto filter = [](MovieController, int16_t action, void*, intptr_t refCon) -> Boolean {
         if (action == mcActionMovieFinished && nFinished++ == 0)
-        {
-            dwFinishedThread = GetCurrentThreadId(), Sleep(300);
-            StopMovie(reinterpret_cast<Movie>(refCon)), bFilterReturned = true;
-        }
+            Sleep(300), StopMovie(reinterpret_cast<Movie>(refCon)), dwFilterReturnedOn = GetCurrentThreadId();
         return 0;
     };
     MCSetActionFilterWithRefCon(mc, NewMCActionFilterWithRefConUPP(filter), reinterpret_cast<intptr_t>(movie));
@@ -257,8 +226,7 @@ TEST_F(QtmlTest, DisposeWaitsForTheFilterRunningOnTheThreadThatServicesThePort)
     StartMovie(movie);
     EXPECT_TRUE(pumpUntil([&] { return nFinished > 0; }));
     DisposeMovieController(mc);
-    EXPECT_TRUE(bFilterReturned);
-    EXPECT_EQ(dwWorker, dwFinishedThread);
+    EXPECT_EQ(dwWorker, dwFilterReturnedOn);
     DisposeMovie(movie);
     CMessagePump::PumpFor(100); // the worker still holds the handle and keeps using it
     EventRecord idle = {nullEvent, 0, GetTickCount(), {0, 0}, 0};
@@ -267,7 +235,6 @@ TEST_F(QtmlTest, DisposeWaitsForTheFilterRunningOnTheThreadThatServicesThePort)
     StartMovie(movie);
     EXPECT_EQ(paramErr, GetMoviesError());
     EXPECT_EQ(1, nFinished);
-    pPort.load()->controller = nullptr;
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 // Figures, not tests: OpenFile through the QuickTime route (our movie toolbox on the platform's
-// DirectShow) against the DirectShow back-end on the same file, alternating in one process, each
-// back-end in a window of its own. Prints the medians and their ratio.
+// DirectShow) against the DirectShow back-end on the same file, alternating; medians and ratio.
 // Run under Wine: qt_benchmark.exe [opens per route and file]
 #include <algorithm>
 #include <cstdio>
@@ -43,18 +42,15 @@ int wmain(int argc, wchar_t** argv)
             player.CloseFile();
             for (MSG msg; PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE);)
                 DispatchMessageW(&msg);
-            if (FAILED(hr))
-                ++nFailures;
-            else
+            nFailures += FAILED(hr);
+            if (SUCCEEDED(hr))
                 times[i % 2].push_back(1000.0 * static_cast<double>(after.QuadPart - before.QuadPart) /
                                        static_cast<double>(frequency.QuadPart));
         }
-        double dMedian[2];
-        for (int k = 0; k < 2; ++k)
-        {
-            std::sort(times[k].begin(), times[k].end());
-            dMedian[k] = times[k].empty() ? -1.0 : times[k][times[k].size() / 2];
-        }
+        auto median = [](std::vector<double>& v) {
+            return std::sort(v.begin(), v.end()), v.empty() ? -1.0 : v[v.size() / 2];
+        };
+        const double dMedian[2] = {median(times[0]), median(times[1])};
         std::printf("%-10ls %11.1f ms %11.1f ms %7.2f %9d\n", pwszName, dMedian[0], dMedian[1],
                     dMedian[0] > 0 && dMedian[1] > 0 ? dMedian[0] / dMedian[1] : 0.0, nFailures);
     }

@@ -1,8 +1,8 @@
 // Figures, not tests: what the control route costs over the bare control. Per Windows Media file,
-// rounds alternate between the engine (a new host routed to the control, to the item open with
-// its duration) and the control alone in the system's ATL container (told the file, polled until
-// its item has a duration, then stopped, as an open through the engine leaves it). Prints medians
-// and their ratio; the first round of each loads the control's code and is left out.
+// rounds alternate between the engine (a new host routed to the control, to the item open with its
+// duration) and the control alone in the system's ATL container (told the file, polled until its
+// item has a duration, then stopped, as an open through the engine leaves it). Prints medians and
+// their ratio; the first round of each loads the control's code and is left out.
 // Run under Wine: wmp_benchmark.exe [rounds]
 #include <algorithm>
 #include <cstdlib>
@@ -12,46 +12,39 @@
 
 namespace {
 
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.empty() ? -1.0 : values[values.size() / 2];
-}
-
 // Milliseconds from creating the control to its item stopped with a duration; negative on failure.
 double BareOpen(const std::wstring& path)
 {
     const ULONGLONG start = GetTickCount64();
     HWND hWnd = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_CLIPCHILDREN, 0, 0, 320, 240, 0, 0, 0, 0);
-    HWND hContainer = CAtlAxLibrary::WinInit() ? CreateWindowExW(0, L"AtlAxWin", nullptr, WS_CHILD | WS_VISIBLE,
-                                                                 0, 0, 320, 240, hWnd, 0, 0, 0)
+    HWND hContainer = CAtlAxLibrary::WinInit() ? CreateWindowExW(0, L"AtlAxWin", nullptr, WS_CHILD | WS_VISIBLE, 0,
+                                                                 0, 320, 240, hWnd, 0, 0, 0)
                                                : nullptr;
     ComPtr<IUnknown> control;
     ComPtr<IWMPPlayer> player;
     ComPtr<IWMPControls> controls;
     double dDuration = 0.0;
+    BSTR url = SysAllocString(path.c_str());
     if (hContainer && SUCCEEDED(CAtlAxLibrary::CreateControl(hContainer, wmp::kControlClassId)) &&
         SUCCEEDED(CAtlAxLibrary::GetControl(hContainer, &control)) &&
-        SUCCEEDED(QueryTo(control, __uuidof(IWMPPlayer), player)))
+        SUCCEEDED(QueryTo(control, __uuidof(IWMPPlayer), player)) && SUCCEEDED(player->put_URL(url)))
     {
-        BSTR url = SysAllocString(path.c_str());
-        const HRESULT hr = player->put_URL(url);
-        SysFreeString(url);
-        for (ComPtr<IWMPMedia> media; SUCCEEDED(hr) && GetTickCount64() - start < 10000 &&
-                                      !(SUCCEEDED(player->get_currentMedia(&media)) && media &&
-                                        SUCCEEDED(media->get_duration(&dDuration)) && dDuration > 0.0);)
+        for (ComPtr<IWMPMedia> media; GetTickCount64() - start < 10000; media.Reset())
         {
-            media.Reset();
+            if (SUCCEEDED(player->get_currentMedia(&media)) && media && SUCCEEDED(media->get_duration(&dDuration)) &&
+                dDuration > 0.0)
+                break;
             MsgWaitForMultipleObjects(0, nullptr, FALSE, 2, QS_ALLINPUT);
             for (MSG msg; PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE);)
                 DispatchMessageW(&msg);
         }
-        if (SUCCEEDED(player->get_controls(&controls)))
-            controls->stop();
     }
+    if (player && SUCCEEDED(player->get_controls(&controls)))
+        controls->stop();
     const ULONGLONG end = GetTickCount64();
     if (player)
         player->close();
+    SysFreeString(url);
     controls.Reset(), player.Reset(), control.Reset();
     DestroyWindow(hWnd);
     return dDuration > 0.0 ? static_cast<double>(end - start) : -1.0;
@@ -64,7 +57,6 @@ double EngineOpen(const char* pszName)
     TESSALY_FILEINFO info = {};
     const HRESULT hr = host->Open(CTestMedia::Path(pszName), &info);
     const ULONGLONG end = GetTickCount64();
-    host->Player().CloseFile();
     return SUCCEEDED(hr) && info.dDuration > 0.0 ? static_cast<double>(end - start) : -1.0;
 }
 
@@ -87,7 +79,10 @@ int main(int argc, char** argv)
             for (int k = 0; k < 2 && i > 0; ++k)
                 ms[k] < 0 ? ++nFailed[k] : (times[k].push_back(ms[k]), 0);
         }
-        const double dEngine = Median(times[0]), dBare = Median(times[1]);
+        for (auto& t : times)
+            std::sort(t.begin(), t.end());
+        const double dEngine = times[0].empty() ? -1.0 : times[0][times[0].size() / 2];
+        const double dBare = times[1].empty() ? -1.0 : times[1][times[1].size() / 2];
         std::printf("%-10s %11.1f ms %11.1f ms %7.2f %9d/%d\n", pszName, dEngine, dBare,
                     dEngine > 0 && dBare > 0 ? dEngine / dBare : 0.0, nFailed[0], nFailed[1]);
         std::fflush(stdout);
