@@ -83,7 +83,8 @@ TEST_P(QTPlayback, ReportsTheFilePausesResumesStopsAndSeeksThenPlaysInRealTimeTo
     ASSERT_TRUE(host.PumpUntilEnd(10000));
     EXPECT_GT((GetTickCount64() - start) / 1000.0, info.dDuration - 1.25 - 0.2) << "ended before its time";
     host.PumpFor(500);
-    EXPECT_EQ(std::make_pair(size_t{1}, size_t{0}), std::make_pair(host.Count(STREAMING_EVENT_COMPLETE), host.Count(STREAMING_EVENT_ERROR)));
+    EXPECT_EQ(std::make_pair(size_t{1}, size_t{0}),
+              std::make_pair(host.Count(STREAMING_EVENT_COMPLETE), host.Count(STREAMING_EVENT_ERROR)));
     const std::vector<double> progress = host.Progress();
     ASSERT_GT(progress.size(), 3u);
     EXPECT_EQ(0.0, progress.back());
@@ -101,7 +102,8 @@ INSTANTIATE_TEST_SUITE_P(EveryKind, QTPlayback,
 TEST(QTPicture, TransportIsPretendedSeekingRefusedAndAnAnimationLoopsForEver)
 {
     const std::pair<const char*, std::vector<double>> kPictures[] = {
-        {"still.pict", {0.0, 64, 48}}, {"still.tga", {0.0, 64, 48}}, {"still.gif", {0.0, 80, 60}}, {"anim.gif", {1.0, 80, 60}}};
+        {"still.pict", {0.0, 64, 48}}, {"still.tga", {0.0, 64, 48}}, {"still.gif", {0.0, 80, 60}},
+        {"anim.gif", {1.0, 80, 60}}};
     for (const auto& picture : kPictures) // length, width, height
     {
         SCOPED_TRACE(picture.first);

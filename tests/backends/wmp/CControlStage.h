@@ -30,15 +30,13 @@ struct CControlStage
     static HRESULT OpenRendered(CPlaybackHost& host, const char* pszName, TESSALY_FILEINFO* pInfo = nullptr)
     {
         TESSALY_FILEINFO info = {};
-        HRESULT hr = host.Open(CTestMedia::Path(pszName), &info);
-        for (int nAttempt = 1; nAttempt < 4 && SUCCEEDED(hr) && info.dDuration <= 0.0; ++nAttempt)
+        HRESULT hr = host.Open(CTestMedia::Path(pszName), pInfo ? pInfo : &info);
+        for (int nAttempt = 1; nAttempt < 4 && SUCCEEDED(hr) && (pInfo ? pInfo : &info)->dDuration <= 0.0; ++nAttempt)
         {
             std::printf("the platform rendered nothing of %s behind the control; opening it again\n", pszName);
             host.Player().CloseFile();
-            hr = host.Open(CTestMedia::Path(pszName), &info);
+            hr = host.Open(CTestMedia::Path(pszName), pInfo ? pInfo : &info);
         }
-        if (pInfo)
-            *pInfo = info;
         return hr;
     }
     // Plays, opened and played again while the position does not move in 400 ms. Returns the tick
@@ -78,14 +76,12 @@ struct CControlStage
         ComPtr<IUnknown> pControl;
         ComPtr<IWMPPlayer> pPlayer;
         ComPtr<IWMPMedia> pMedia;
-        HWND hContainer = FindContainer(hWnd);
         BSTR bstrName = SysAllocString(L"MediaType"), bstrType = nullptr;
-        if (hContainer && SUCCEEDED(CAtlAxLibrary::GetControl(hContainer, &pControl)) &&
+        if (SUCCEEDED(CAtlAxLibrary::GetControl(FindContainer(hWnd), &pControl)) &&
             SUCCEEDED(QueryTo(pControl, __uuidof(IWMPPlayer), pPlayer)) &&
             SUCCEEDED(pPlayer->get_currentMedia(&pMedia)) && pMedia)
             pMedia->getItemInfo(bstrName, &bstrType);
-        std::wstring type = bstrType ? bstrType : L"";
-        SysFreeString(bstrName), SysFreeString(bstrType);
-        return type;
+        const std::wstring type = bstrType ? bstrType : L"";
+        return SysFreeString(bstrName), SysFreeString(bstrType), type;
     }
 };

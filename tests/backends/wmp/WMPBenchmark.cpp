@@ -1,8 +1,7 @@
-// Figures, not tests: what the control route costs over the bare control. Per Windows Media file,
-// rounds alternate between the engine (a new host routed to the control, to the item open with its
-// duration) and the control alone in the system's ATL container (told the file, polled until its
-// item has a duration, then stopped, as an open through the engine leaves it). Prints medians and
-// their ratio; the first round of each loads the control's code and is left out.
+// Figures, not tests: per Windows Media file, rounds alternate between the engine (a new host routed
+// to the control, to the item open with its duration) and the control alone in the system's ATL
+// container (polled until its item has a duration, then stopped, as the engine leaves it). Prints
+// medians and their ratio; each file's first round loads the control's code and is left out.
 // Run under Wine: wmp_benchmark.exe [rounds]
 #include <algorithm>
 #include <cstdlib>
@@ -79,10 +78,8 @@ int main(int argc, char** argv)
             for (int k = 0; k < 2 && i > 0; ++k)
                 ms[k] < 0 ? ++nFailed[k] : (times[k].push_back(ms[k]), 0);
         }
-        for (auto& t : times)
-            std::sort(t.begin(), t.end());
-        const double dEngine = times[0].empty() ? -1.0 : times[0][times[0].size() / 2];
-        const double dBare = times[1].empty() ? -1.0 : times[1][times[1].size() / 2];
+        auto median = [](std::vector<double>& v) { return std::sort(v.begin(), v.end()), v.empty() ? -1.0 : v[v.size() / 2]; };
+        const double dEngine = median(times[0]), dBare = median(times[1]);
         std::printf("%-10s %11.1f ms %11.1f ms %7.2f %9d/%d\n", pszName, dEngine, dBare,
                     dEngine > 0 && dBare > 0 ? dEngine / dBare : 0.0, nFailed[0], nFailed[1]);
         std::fflush(stdout);

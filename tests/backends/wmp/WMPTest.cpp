@@ -44,7 +44,8 @@ TEST(WMPEventSink, PostsStateChangesAndErrorsRefusesMalformedCallsAndCountsItsRe
         fire(DISPID_WMPOCXEVENT_MOUSEUP, VT_EMPTY, 0), fire(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, VT_I4, 1, 1),
         fire(4999, VT_I4), fire(DISPID_WMPOCXEVENT_MOUSEUP + 1, VT_I4), fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_I4, 0),
         fire(DISPID_WMPCOREEVENT_OPENSTATECHANGE, VT_DISPATCH),
-        pSink->Invoke(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr, nullptr)};
+        pSink->Invoke(DISPID_WMPCOREEVENT_PLAYSTATECHANGE, IID_NULL, 0, DISPATCH_METHOD, nullptr, nullptr, nullptr,
+                      nullptr)};
     EXPECT_EQ((std::vector<HRESULT>{S_OK, S_OK, S_OK, S_OK, S_OK, DISP_E_NONAMEDARGS, DISP_E_MEMBERNOTFOUND,
                                     DISP_E_MEMBERNOTFOUND, DISP_E_BADPARAMCOUNT, DISP_E_TYPEMISMATCH, E_POINTER}),
               answers);
@@ -64,9 +65,8 @@ TEST(WMPEventSink, PostsStateChangesAndErrorsRefusesMalformedCallsAndCountsItsRe
     EXPECT_EQ(E_NOINTERFACE, pSink->QueryInterface(IID_IConnectionPoint, reinterpret_cast<void**>(&pOther)));
     EXPECT_EQ(nullptr, pOther);
     EXPECT_EQ(E_POINTER, pSink->QueryInterface(IID_IUnknown, nullptr));
-    EXPECT_EQ((std::vector<ULONG>{4, 3, 2, 1}),
-              (std::vector<ULONG>{p[0]->Release(), p[1]->Release(), p[2]->Release(), p[3]->Release()}));
-    EXPECT_EQ(0u, pSink->Release());
+    const std::vector<ULONG> counts = {p[0]->Release(), p[1]->Release(), p[2]->Release(), p[3]->Release(), pSink->Release()};
+    EXPECT_EQ((std::vector<ULONG>{4, 3, 2, 1, 0}), counts);
 }
 
 // A header declaring content protection sends the file to the control, which cannot open it here.
@@ -128,78 +128,52 @@ TEST(WMPLifecycle, TheControlFillsTheParentFollowsItsSizeAndIsHiddenOnClose)
     EXPECT_FALSE(IsWindowVisible(hHostWindow));
 }
 
-// A host of the control, and a window whose posted WM_APP runs a step inside the host's own wait.
-class WMPHostOpen : public ::testing::Test
+// A host of the control on a window of its own; a posted WM_APP runs a step inside the host's wait
+// for the open: another open, which is refused while the first goes on, or the host torn down
+// (its window destroyed, or the host deleted), which ends the open as failed.
+TEST(WMPHostOpen, AnOpenReenteredFromItsWaitIsRefusedAndTearingTheHostDownThereFailsIt)
 {
-protected:
-    void SetUp() override
+    ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
+    HWND hParent = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 320, 240, 0, 0, 0, 0);
+    HWND hStep = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0);
+    static std::function<void()> s_step;
+    static WNDPROC s_pfnStatic;
+    WNDPROC pfnStep = [](HWND h, UINT u, WPARAM w, LPARAM l) {
+        return u == WM_APP ? (s_step(), 0) : CallWindowProcW(s_pfnStatic, h, u, w, l);
+    };
+    s_pfnStatic = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(hStep, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(pfnStep)));
+    for (int nStep = 0; nStep < 3; ++nStep)
     {
-        CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        m_hParent = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 320, 240, 0, 0, 0, 0);
-        NewHost();
-    }
-    void NewHost()
-    {
-        m_pHost.reset(new CWMPHost);
+        auto pHost = std::make_unique<CWMPHost>();
         const RECT rc = {0, 0, 320, 240};
-        ASSERT_NE(nullptr, m_pHost->Create(m_hParent, rc, WS_CHILD | WS_VISIBLE));
+        ASSERT_NE(nullptr, pHost->Create(hParent, rc, WS_CHILD | WS_VISIBLE));
+        CWMPHost* pOpening = pHost.get();
+        HRESULT hrInner = S_FALSE;
+        s_step = [&] {
+            nStep == 0 ? (void)(hrInner = pHost->Open(CTestMedia::Path("clip.wmv").c_str()))
+                       : nStep == 1 ? (void)DestroyWindow(pHost->Window()) : pHost.reset();
+        };
+        PostMessageW(hStep, WM_APP, 0, 0);
+        EXPECT_EQ(nStep ? E_FAIL : S_OK, pOpening->Open(CTestMedia::Path("tone.wma").c_str())) << nStep;
+        EXPECT_EQ(nStep == 2 ? nullptr : pOpening, pHost.get());
+        if (nStep == 0)
+        {
+            EXPECT_EQ(E_FAIL, hrInner);
+            BOOL bAudio = -1, bSeekable = -1, bPicture = -1;
+            double dDuration = -1.0;
+            DWORD dwWidth = 7, dwHeight = 7;
+            ASSERT_EQ(S_OK, pHost->GetFileInfo(&bAudio, &dDuration, &bSeekable, &dwWidth, &dwHeight, &bPicture));
+            EXPECT_NEAR(2.0, dDuration, 0.1) << "the item opened is the first one asked for";
+        }
+        else if (nStep == 1)
+        {
+            EXPECT_EQ(E_FAIL, pHost->Play()) << "nothing is open in a host without its window";
+        }
     }
-    void TearDown() override
-    {
-        m_pHost.reset();
-        DestroyWindow(m_hParent);
-        CoUninitialize();
-        EXPECT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) << "the host left COM initialised";
-        CoUninitialize();
-    }
-    void PostStep(std::function<void()> step)
-    {
-        m_step = std::move(step);
-        m_hStep.reset(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0));
-        SetWindowLongPtrW(m_hStep.get(), GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-        m_pfnStatic = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(m_hStep.get(), GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(Proc)));
-        PostMessageW(m_hStep.get(), WM_APP, 0, 0);
-    }
-    static LRESULT CALLBACK Proc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
-    {
-        auto pThis = reinterpret_cast<WMPHostOpen*>(GetWindowLongPtrW(hWnd, GWLP_USERDATA));
-        if (uMsg == WM_APP)
-            pThis->m_step();
-        return uMsg == WM_APP ? 0 : CallWindowProcW(pThis->m_pfnStatic, hWnd, uMsg, wParam, lParam);
-    }
-
-    HWND m_hParent = nullptr;
-    std::unique_ptr<CWMPHost> m_pHost;
-    std::function<void()> m_step;
-    WNDPROC m_pfnStatic = nullptr;
-    std::unique_ptr<std::remove_pointer_t<HWND>, decltype(&DestroyWindow)> m_hStep{nullptr, DestroyWindow};
-};
-
-TEST_F(WMPHostOpen, AnOpenReenteredFromItsOwnWaitIsRefusedAndTheWaitingOneGoesOn)
-{
-    HRESULT hrInner = S_FALSE;
-    PostStep([&] { hrInner = m_pHost->Open(CTestMedia::Path("clip.wmv").c_str()); });
-    EXPECT_EQ(S_OK, m_pHost->Open(CTestMedia::Path("tone.wma").c_str()));
-    EXPECT_EQ(E_FAIL, hrInner);
-    BOOL bAudio = -1, bSeekable = -1, bPicture = -1;
-    double dDuration = -1.0;
-    DWORD dwWidth = 7, dwHeight = 7;
-    ASSERT_EQ(S_OK, m_pHost->GetFileInfo(&bAudio, &dDuration, &bSeekable, &dwWidth, &dwHeight, &bPicture));
-    EXPECT_NEAR(2.0, dDuration, 0.1) << "the item opened is the first one asked for";
-}
-
-TEST_F(WMPHostOpen, TearingTheHostDownDuringItsOwnWaitEndsTheOpenAsFailed)
-{
-    for (bool bDelete : {false, true}) // the host's window destroyed, or the host deleted
-    {
-        if (bDelete)
-            NewHost();
-        CWMPHost* pHost = m_pHost.get();
-        PostStep([&] { bDelete ? m_pHost.reset() : (void)DestroyWindow(m_pHost->Window()); });
-        EXPECT_EQ(E_FAIL, pHost->Open(CTestMedia::Path("tone.wma").c_str()));
-        EXPECT_EQ(bDelete ? nullptr : pHost, m_pHost.get());
-        EXPECT_EQ(E_FAIL, m_pHost ? m_pHost->Play() : E_FAIL) << "nothing is open in a host without its window";
-    }
+    DestroyWindow(hStep), DestroyWindow(hParent);
+    CoUninitialize();
+    EXPECT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) << "the host left COM initialised";
+    CoUninitialize();
 }
 
 // Unprotected files played through the control (the route forced to it).
