@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cwctype>
-#include <cstdio>
 #include <functional>
 
 #include "CAsfHeaderBuilder.h"
