@@ -1,96 +1,52 @@
-// Figures, not tests: what the Media Player control route costs over the bare control. For each
-// Windows Media file, rounds alternate between the engine (a host whose route sends the file to
-// the control, from a new host to the item open with its duration) and the platform's control in
-// the system's ATL container with nothing else around it (told the file, polled until its item has
-// a duration, then stopped, as an open through the engine leaves it).
-// Medians and their ratio are printed; nothing fails on timing.
+// Figures, not tests: per Windows Media file, rounds alternate between the engine (a new host routed
+// to the control, to the item open with its duration) and the control alone in the system's ATL
+// container (polled until its item has a duration, then stopped, as the engine leaves it). Prints
+// medians and their ratio; each file's first round loads the control's code and is left out.
 // Run under Wine: wmp_benchmark.exe [rounds]
-#include <windows.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <vector>
 
 #include "CControlStage.h"
-#include "CTestMedia.h"
-#include "backends/wmp/CAtlAxLibrary.h"
-#include "backends/wmp/WMPInterfaces.h"
-#include "engine/ComPtr.h"
 
 namespace {
 
-const DWORD kOpenLimitMs = 10000;
-
-double Milliseconds(ULONGLONG from, ULONGLONG to)
-{
-    return static_cast<double>(to - from);
-}
-
-double Median(std::vector<double> values)
-{
-    if (values.empty())
-        return -1.0;
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-void Pump(DWORD dwMs)
-{
-    MsgWaitForMultipleObjects(0, nullptr, FALSE, dwMs, QS_ALLINPUT);
-    MSG msg;
-    while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
-        DispatchMessageW(&msg);
-}
-
-// Milliseconds from creating the control until its item reports a duration and is stopped again;
-// negative on failure.
-// The control sits in the system's ATL container, as it must to open anything, in a window of the
-// engine's host size; nothing else of the engine is used.
+// Milliseconds from creating the control to its item stopped with a duration; negative on failure.
 double BareOpen(const std::wstring& path)
 {
     const ULONGLONG start = GetTickCount64();
-    if (!CAtlAxLibrary::WinInit())
-        return -1.0;
-    HWND hWnd = CreateWindowExW(0, L"STATIC", L"bare", WS_POPUP | WS_CLIPCHILDREN, 0, 0, 320, 240, nullptr, nullptr,
-                                nullptr, nullptr);
-    HWND hContainer = CreateWindowExW(0, L"AtlAxWin", nullptr, WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, 320,
-                                      240, hWnd, nullptr, nullptr, nullptr);
+    HWND hWnd = CreateWindowExW(0, L"STATIC", L"", WS_POPUP | WS_CLIPCHILDREN, 0, 0, 320, 240, 0, 0, 0, 0);
+    HWND hContainer = CAtlAxLibrary::WinInit() ? CreateWindowExW(0, L"AtlAxWin", nullptr, WS_CHILD | WS_VISIBLE, 0,
+                                                                 0, 320, 240, hWnd, 0, 0, 0)
+                                               : nullptr;
     ComPtr<IUnknown> control;
     ComPtr<IWMPPlayer> player;
+    ComPtr<IWMPControls> controls;
     double dDuration = 0.0;
+    BSTR url = SysAllocString(path.c_str());
     if (hContainer && SUCCEEDED(CAtlAxLibrary::CreateControl(hContainer, wmp::kControlClassId)) &&
         SUCCEEDED(CAtlAxLibrary::GetControl(hContainer, &control)) &&
-        SUCCEEDED(QueryTo(control, __uuidof(IWMPPlayer), player)))
+        SUCCEEDED(QueryTo(control, __uuidof(IWMPPlayer), player)) && SUCCEEDED(player->put_URL(url)))
     {
-        // Left to start by itself, as the engine leaves it: this control reads an item's duration
-        // only when it builds the item's graph to play it.
-        BSTR url = SysAllocString(path.c_str());
-        const HRESULT hr = player->put_URL(url);
-        SysFreeString(url);
-        while (SUCCEEDED(hr) && GetTickCount64() - start < kOpenLimitMs)
+        for (ComPtr<IWMPMedia> media; GetTickCount64() - start < 10000; media.Reset())
         {
-            ComPtr<IWMPMedia> media;
             if (SUCCEEDED(player->get_currentMedia(&media)) && media && SUCCEEDED(media->get_duration(&dDuration)) &&
                 dDuration > 0.0)
                 break;
-            Pump(2);
+            MsgWaitForMultipleObjects(0, nullptr, FALSE, 2, QS_ALLINPUT);
+            for (MSG msg; PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE);)
+                DispatchMessageW(&msg);
         }
     }
-    // An open leaves the item stopped, as the engine's does: the stop is part of the time.
-    if (player)
-    {
-        ComPtr<IWMPControls> controls;
-        if (SUCCEEDED(player->get_controls(&controls)))
-            controls->stop();
-    }
+    if (player && SUCCEEDED(player->get_controls(&controls)))
+        controls->stop();
     const ULONGLONG end = GetTickCount64();
     if (player)
         player->close();
-    player.Reset();
-    control.Reset();
+    SysFreeString(url);
+    controls.Reset(), player.Reset(), control.Reset();
     DestroyWindow(hWnd);
-    return dDuration > 0.0 ? Milliseconds(start, end) : -1.0;
+    return dDuration > 0.0 ? static_cast<double>(end - start) : -1.0;
 }
 
 double EngineOpen(const char* pszName)
@@ -100,8 +56,7 @@ double EngineOpen(const char* pszName)
     TESSALY_FILEINFO info = {};
     const HRESULT hr = host->Open(CTestMedia::Path(pszName), &info);
     const ULONGLONG end = GetTickCount64();
-    host->Player().CloseFile();
-    return SUCCEEDED(hr) && info.dDuration > 0.0 ? Milliseconds(start, end) : -1.0;
+    return SUCCEEDED(hr) && info.dDuration > 0.0 ? static_cast<double>(end - start) : -1.0;
 }
 
 } // namespace
@@ -115,27 +70,18 @@ int main(int argc, char** argv)
     std::printf("%-10s %14s %14s %7s %16s\n", "file", "engine median", "bare median", "ratio", "failed eng/bare");
     for (const char* pszName : {"clip.wmv", "tone.wma", "clip.asf"})
     {
-        std::vector<double> engine, bare;
-        int nEngineFailed = 0, nBareFailed = 0;
+        std::vector<double> times[2];
+        int nFailed[2] = {};
         for (int i = 0; i < nRounds; ++i)
         {
-            const double dEngine = EngineOpen(pszName);
-            const double dBare = BareOpen(CTestMedia::Path(pszName));
-            // The first round of each loads the control's code and is left out of the medians.
-            if (i == 0)
-                continue;
-            if (dEngine < 0)
-                ++nEngineFailed;
-            else
-                engine.push_back(dEngine);
-            if (dBare < 0)
-                ++nBareFailed;
-            else
-                bare.push_back(dBare);
+            const double ms[2] = {EngineOpen(pszName), BareOpen(CTestMedia::Path(pszName))};
+            for (int k = 0; k < 2 && i > 0; ++k)
+                ms[k] < 0 ? ++nFailed[k] : (times[k].push_back(ms[k]), 0);
         }
-        const double dEngine = Median(engine), dBare = Median(bare);
+        auto median = [](std::vector<double>& v) { return std::sort(v.begin(), v.end()), v.empty() ? -1.0 : v[v.size() / 2]; };
+        const double dEngine = median(times[0]), dBare = median(times[1]);
         std::printf("%-10s %11.1f ms %11.1f ms %7.2f %9d/%d\n", pszName, dEngine, dBare,
-                    dEngine > 0 && dBare > 0 ? dEngine / dBare : 0.0, nEngineFailed, nBareFailed);
+                    dEngine > 0 && dBare > 0 ? dEngine / dBare : 0.0, nFailed[0], nFailed[1]);
         std::fflush(stdout);
     }
     CoUninitialize();
