@@ -20,11 +20,8 @@ CWindowPixels::CWindowPixels(int nWidth, int nHeight, const std::function<void(H
     HGDIOBJ hbmOld = SelectObject(hdcMem, hbm);
     draw(hdcMem);
     GdiFlush();
-    for (size_t i = 0; i < m_pixels.size(); ++i)
-    {
-        const DWORD dwRgb = static_cast<const DWORD*>(pBits)[i];
-        m_pixels[i] = RGB(GetBValue(dwRgb), GetGValue(dwRgb), GetRValue(dwRgb));
-    }
+    for (size_t i = 0; i < m_pixels.size(); ++i) // 0x00RRGGBB in, 0x00BBGGRR out
+        m_pixels[i] = RGB(GetBValue(static_cast<const DWORD*>(pBits)[i]), GetGValue(static_cast<const DWORD*>(pBits)[i]), GetRValue(static_cast<const DWORD*>(pBits)[i]));
     SelectObject(hdcMem, hbmOld);
     DeleteDC(hdcMem);
     DeleteObject(hbm);

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <windows.h>
-
 #include <functional>
 #include <vector>
 
@@ -26,7 +25,6 @@ public:
 
 private:
     int Count(const RECT& rc, const std::function<bool(int x, int y)>& differs) const;
-    int m_nWidth = 0;
-    int m_nHeight = 0;
+    int m_nWidth = 0, m_nHeight = 0;
     std::vector<COLORREF> m_pixels; // top row first
 };

@@ -1,10 +1,7 @@
 // GDI+ runs for the whole program, as the engine's module keeps it running for the cover art.
 #include <windows.h>
-
 #include <gdiplus.h>
 #include <gtest/gtest.h>
-
-namespace {
 
 struct CGdiplusEnvironment : ::testing::Environment
 {
@@ -14,6 +11,4 @@ struct CGdiplusEnvironment : ::testing::Environment
     ULONG_PTR token = 0;
 };
 
-::testing::Environment* const g_pGdiplus = ::testing::AddGlobalTestEnvironment(new CGdiplusEnvironment);
-
-} // namespace
+static ::testing::Environment* const g_pGdiplus = ::testing::AddGlobalTestEnvironment(new CGdiplusEnvironment);

@@ -1,13 +1,8 @@
-// The information window in a 640 x 480 host, checked by reading back what it shows: its layout,
-// what it paints in each mode, the description scroll, input handed to the host, the cursor, and
-// the room a caption strip takes from the picture under it. Its clock is the test's.
+// The information window in a 640 x 480 host, read back off the screen; its clock is the test's.
 #include <windows.h>
-
 #include <gtest/gtest.h>
-
 #include <memory>
 #include <string>
-
 #include "CPictureFiles.h"
 #include "CWindowPixels.h"
 #include "display/CInfoWnd.h"
@@ -18,15 +13,11 @@ namespace {
 const COLORREF BLACK = RGB(0, 0, 0), NAVY = RGB(0, 0, 0x60), RED = RGB(220, 30, 30), BLUE = RGB(30, 60, 230);
 const RECT CLIENT = {0, 0, 640, 480};
 
-LOGFONTW Font(LONG nHeight, LONG nWeight = FW_NORMAL)
-{
-    return {nHeight, 0, 0, 0, nWeight, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, L"times"};
-}
+LOGFONTW Font(LONG nHeight, LONG nWeight = FW_NORMAL) { return {nHeight, 0, 0, 0, nWeight, 0, 0, 0, DEFAULT_CHARSET, 0, 0, 0, 0, L"times"}; }
 
 struct CInfoWndProbe : CInfoWnd
 {
-    using CInfoWnd::m_rcCaption, CInfoWnd::m_rcChannel, CInfoWnd::m_rcCoverArt, CInfoWnd::m_rcDescript,
-        CInfoWnd::m_rcReleaseDate, CInfoWnd::m_rcTitle;
+    using CInfoWnd::m_rcCaption, CInfoWnd::m_rcDescript;
     DWORD Now() const override { return dwNow; }
     DWORD dwNow = 1000000;
 };
@@ -65,10 +56,10 @@ protected:
         info->ShowMediaInfo(TRUE);
         Paint();
     }
-    void Ticks(int n, UINT_PTR nTimer = CInfoWnd::SCROLL_TIMER_ID)
+    void Ticks(int n)
     {
         for (int i = 0; i < n; ++i)
-            SendMessageW(hWnd, WM_TIMER, nTimer, 0);
+            SendMessageW(hWnd, WM_TIMER, CInfoWnd::SCROLL_TIMER_ID, 0);
     }
     // On the box's last row, the far edge of where a click counts.
     void Click(const RECT& rc) { SendMessageW(hWnd, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(rc.left + 5, rc.bottom - 1)); }
@@ -81,34 +72,22 @@ protected:
     CPictureFiles files;
 };
 
-// Single-precision proportions: 500 × 0.04f, 800 × 0.04f, 800 × 0.225f, 600 × 0.255f and 600 × 0.2f
-// land just under whole numbers. An empty size keeps the last layout.
-TEST_F(InfoWnd, BoxesTruncateTheSinglePrecisionProportionsAndAnEmptySizeKeepsThem)
+std::wstring Lines(int nLines)
 {
-    const std::vector<LONG> k800x600 = {31, 23, 210, 175, 229, 23, 769, 62, 229, 62, 769, 138,
-                                        229, 138, 769, 175, 31, 198, 769, 577, 0, 479, 800, 600};
-    const std::tuple<int, int, std::vector<LONG>> kSizes[] = {
-        {640, 500, {25, 19, 168, 146, 183, 19, 615, 51, 183, 51, 615, 113, 183, 113, 615, 146, 25, 165, 615, 481, 0, 399, 640, 500}},
-        {800, 600, k800x600}, {0, 600, k800x600}, {800, 0, k800x600}};
-    for (const auto& [nWidth, nHeight, expected] : kSizes)
-    {
-        MoveWindow(hWnd, 0, 0, nWidth, nHeight, TRUE);
-        std::vector<LONG> boxes;
-        for (const RECT& rc : {info->m_rcCoverArt, info->m_rcChannel, info->m_rcTitle, info->m_rcReleaseDate, info->m_rcDescript, info->m_rcCaption})
-            boxes.insert(boxes.end(), {rc.left, rc.top, rc.right, rc.bottom});
-        EXPECT_EQ(expected, boxes) << nWidth << " x " << nHeight;
-    }
+    std::wstring text = L"Line 1";
+    for (int i = 2; i <= nLines; ++i)
+        text += L"\r\nLine " + std::to_wstring(i) + L": the programme opens with three nocturnes, followed by preludes played without a break.";
+    return text;
 }
 
 // The gradient and the record's text in "times" of the given heights (title, channel,
-// description), each field clipped to its box.
-CWindowPixels ReferencePanel(const CInfoWndProbe& info, const TESSALY_MEDIA_INFO& record, COLORREF crTop,
-                             COLORREF crBottom, COLORREF crText, const LONG (&heights)[3])
+// description), each field clipped to its box at 640 x 480.
+CWindowPixels ReferencePanel(const TESSALY_MEDIA_INFO& record, COLORREF crTop, COLORREF crBottom, COLORREF crText,
+                             const LONG (&heights)[3])
 {
     return CWindowPixels(640, 480, [&](HDC hdc) {
-        auto rgb = [](COLORREF cr, int nShift) { return static_cast<COLOR16>(((cr >> nShift) & 0xFF) << 8); };
-        TRIVERTEX vertices[2] = {{0, 0, rgb(crTop, 0), rgb(crTop, 8), rgb(crTop, 16), 0},
-                                 {640, 480, rgb(crBottom, 0), rgb(crBottom, 8), rgb(crBottom, 16), 0}};
+        auto v = [](LONG y, COLORREF cr) { return TRIVERTEX{y ? 640 : 0, y, COLOR16(GetRValue(cr) << 8), COLOR16(GetGValue(cr) << 8), COLOR16(GetBValue(cr) << 8), 0}; };
+        TRIVERTEX vertices[2] = {v(0, crTop), v(480, crBottom)};
         GRADIENT_RECT gradientRect = {0, 1};
         GradientFill(hdc, vertices, 2, &gradientRect, 1, GRADIENT_FILL_RECT_V);
         SetBkMode(hdc, TRANSPARENT);
@@ -121,26 +100,23 @@ CWindowPixels ReferencePanel(const CInfoWndProbe& info, const TESSALY_MEDIA_INFO
             SelectClipRgn(hdc, nullptr);
             DeleteObject(SelectObject(hdc, hOld));
         };
-        draw(record.wszChannelName, info.m_rcChannel, heights[1], FW_SEMIBOLD, DT_VCENTER | DT_SINGLELINE);
-        draw(record.wszTitle, info.m_rcTitle, heights[0], FW_NORMAL, DT_VCENTER | DT_WORDBREAK);
-        draw(record.wszReleaseDate, info.m_rcReleaseDate, heights[0], FW_NORMAL, DT_VCENTER | DT_SINGLELINE);
-        draw(record.wszDescript, info.m_rcDescript, heights[2], FW_NORMAL, DT_WORDBREAK | DT_EDITCONTROL);
+        draw(record.wszChannelName, {183, 19, 615, 50}, heights[1], FW_SEMIBOLD, DT_VCENTER | DT_SINGLELINE);
+        draw(record.wszTitle, {183, 50, 615, 110}, heights[0], FW_NORMAL, DT_VCENTER | DT_WORDBREAK);
+        draw(record.wszReleaseDate, {183, 110, 615, 141}, heights[0], FW_NORMAL, DT_VCENTER | DT_SINGLELINE);
+        draw(record.wszDescript, {25, 160, 615, 461}, heights[2], FW_NORMAL, DT_WORDBREAK | DT_EDITCONTROL);
     });
 }
 
-TEST_F(InfoWnd, PanelIsTheHostsGradientAndTextInFontsScaledToTheBoxesAndOnlyForcedChangesInvalidate)
+TEST_F(InfoWnd, PanelIsTheHostsGradientAndTextInItsBoxesInFontsScaledToThemAndOnlyForcedChangesInvalidate)
 {
     SetField(record.wszChannelName, L"Radio Tessaly");
     SetField(record.wszTitle, L"Evening Concert: Nocturnes and Preludes");
     SetField(record.wszReleaseDate, L"2024-05-17");
-    std::wstring text; // longer than its box
-    for (int i = 0; i < 8; ++i)
-        text += L"The programme opens with three nocturnes, followed by preludes played without a break.\r\n";
-    SetField(record.wszDescript, text);
+    SetField(record.wszDescript, Lines(8));
     const COLORREF kTop = RGB(200, 30, 10), kBottom = RGB(20, 140, 250), kYellow = RGB(255, 255, 0);
     info->SetTextColor(kYellow, FALSE);
     ShowPanelOn(kTop, kBottom);
-    EXPECT_EQ(0, Grab().CountDifferent(ReferencePanel(*info, record, kTop, kBottom, kYellow, {-24, -24, -23}), CLIENT));
+    EXPECT_EQ(0, Grab().CountDifferent(ReferencePanel(record, kTop, kBottom, kYellow, {-24, -24, -23}), CLIENT));
     const LOGFONTW lf = Font(-30);
     EXPECT_EQ(S_OK, info->SetFont(&lf, TRUE));
     EXPECT_TRUE(NeedsPaint());
@@ -152,20 +128,12 @@ TEST_F(InfoWnd, PanelIsTheHostsGradientAndTextInFontsScaledToTheBoxesAndOnlyForc
     const int nDpi = GetDeviceCaps(hdc, LOGPIXELSY);
     ReleaseDC(hWnd, hdc);
     const LONG defaults[3] = {-MulDiv(12, nDpi, 72), -MulDiv(14, nDpi, 72), -MulDiv(10, nDpi, 72)};
-    const CWindowPixels shown = Grab();
-    EXPECT_EQ(0, shown.CountDifferent(ReferencePanel(*info, record, kTop, kBottom, kYellow, defaults), CLIENT));
-
-    info->SetGradientBkColor(kTop, kBottom, TRUE); // unchanged colours
+    EXPECT_EQ(0, Grab().CountDifferent(ReferencePanel(record, kTop, kBottom, kYellow, defaults), CLIENT));
+    info->SetGradientBkColor(kTop, kBottom, TRUE); // unchanged colours: nothing to paint
     info->SetTextColor(kYellow, TRUE);
     EXPECT_FALSE(NeedsPaint());
     info->SetGradientBkColor(RED, RED, FALSE);
-    EXPECT_FALSE(NeedsPaint());
-    EXPECT_EQ(0, Grab().CountDifferent(shown, CLIENT)) << "kept until the next paint";
-    Paint();
-    EXPECT_EQ(RED, Grab().At(0, 479));
-    info->SetGradientBkColor(BLUE, RED, TRUE);
-    EXPECT_TRUE(NeedsPaint());
-    ValidateRect(hWnd, nullptr);
+    EXPECT_FALSE(NeedsPaint()) << "not forced";
     info->SetTextColor(RGB(0, 255, 0), TRUE);
     EXPECT_TRUE(NeedsPaint());
 }
@@ -206,26 +174,14 @@ TEST_F(InfoWnd, BlackUnlessShownInAPanelOrCaptionModeWhoseStripIsTheBottomFifth)
     EXPECT_EQ(0, pixels.CountOther({0, 383, 640, 480}, NAVY));
 }
 
-std::wstring Lines(int nLines)
-{
-    std::wstring text = L"Line 1";
-    for (int i = 2; i <= nLines; ++i)
-        text += L"\r\nLine " + std::to_wstring(i) + L" of the description";
-    return text;
-}
-
 TEST_F(InfoWnd, AClickScrollsAnOverflowingDescriptionAPixelATickWrappingAfter101AndASecondClickStopsIt)
 {
     const RECT box = info->m_rcDescript;
     SetField(record.wszDescript, Lines(2));
     ShowPanelOn(NAVY, NAVY);
-    const CWindowPixels still = Grab();
     Click(box);
     EXPECT_FALSE(ScrollTimerRuns()) << "shorter than its box";
-    Ticks(3);
-    EXPECT_EQ(0, Grab().CountDifferent(still, box));
-
-    SetField(record.wszDescript, Lines(30));
+    SetField(record.wszDescript, Lines(8));
     Paint();
     const CWindowPixels first = Grab();
     Click(box);
@@ -233,7 +189,6 @@ TEST_F(InfoWnd, AClickScrollsAnOverflowingDescriptionAPixelATickWrappingAfter101
     Ticks(3); // the first tick draws the text where it stands, each later one a pixel higher
     const CWindowPixels moved = Grab();
     EXPECT_EQ(0, moved.CountDifferent(first, {box.left, box.top, box.right, box.bottom - 2}, 2));
-    EXPECT_NE(0, moved.CountDifferent(first, box));
     Ticks(98);
     EXPECT_EQ(0, Grab().CountDifferent(first, {box.left, box.top, box.right, box.top + 100}, 100));
     Ticks(1);
@@ -270,15 +225,9 @@ TEST_F(InfoWnd, MovementStaysHereWhileClicksAndKeysArePostedToTheHost)
     EXPECT_FALSE(PeekMessageW(&msg, hWndHost, WM_KEYFIRST, WM_MOUSELAST, PM_REMOVE));
 }
 
-// The thread's cursor display counter, unchanged by asking.
-int CursorCount()
-{
-    ShowCursor(TRUE);
-    return ShowCursor(FALSE);
-}
-
 TEST_F(InfoWnd, CursorHidesOnTheFirstTickMoreThanTwoSecondsAfterTheLastMove)
 {
+    auto CursorCount = [] { return ShowCursor(TRUE), ShowCursor(FALSE); }; // the display counter, unchanged
     const int nShown = CursorCount();
     const DWORD t0 = info->dwNow;
     SendMessageW(hWnd, WM_MOUSEMOVE, 0, 0);
@@ -289,13 +238,12 @@ TEST_F(InfoWnd, CursorHidesOnTheFirstTickMoreThanTwoSecondsAfterTheLastMove)
     EXPECT_EQ(CInfoWnd::CURSOR_TIMER_ID, msg.wParam);
     info->dwNow = t0 + 1500;
     SendMessageW(hWnd, WM_MOUSEMOVE, 0, 0); // moves again: two seconds from here
-    info->dwNow = t0 + 3500;
-    Ticks(1, CInfoWnd::CURSOR_TIMER_ID);
+    auto tick = [&](DWORD dwNow) { return info->dwNow = dwNow, SendMessageW(hWnd, WM_TIMER, CInfoWnd::CURSOR_TIMER_ID, 0); };
+    EXPECT_EQ(1, tick(t0 + 3500));
     EXPECT_EQ(nShown + 1, CursorCount());
-    info->dwNow = t0 + 3501;
-    Ticks(1, CInfoWnd::CURSOR_TIMER_ID);
+    EXPECT_EQ(1, tick(t0 + 3501));
     EXPECT_EQ(nShown, CursorCount());
-    EXPECT_EQ(0, SendMessageW(hWnd, WM_TIMER, CInfoWnd::CURSOR_TIMER_ID, 0)) << "no longer the window's timer";
+    EXPECT_EQ(0, tick(t0 + 9000)) << "no longer the window's timer";
     EXPECT_EQ(nShown, CursorCount());
     EXPECT_FALSE(KillTimer(hWnd, CInfoWnd::CURSOR_TIMER_ID));
 }
@@ -317,7 +265,7 @@ TEST_F(InfoWnd, AShownCaptionLeavesThePictureTheTopFourFifthsAndScrollsItsStripA
     CRecordingVideoArea area;
     area.hWndInfo = hWnd;
     info->SetVideoArea(&area);
-    SetField(record.wszDescript, Lines(12));
+    SetField(record.wszDescript, Lines(8));
     EXPECT_EQ(S_OK, info->SetDisplayMode(INFO_MODE_CAPTION, TRUE)); // not shown yet: the picture keeps the window
     EXPECT_TRUE(area.calls.empty());
     info->SetGradientBkColor(NAVY, NAVY, FALSE);
@@ -333,7 +281,6 @@ TEST_F(InfoWnd, AShownCaptionLeavesThePictureTheTopFourFifthsAndScrollsItsStripA
     Click(strip);
     Ticks(2);
     EXPECT_EQ(0, Grab().CountDifferent(first, {strip.left, strip.top, strip.right, strip.bottom - 1}, 1));
-    EXPECT_NE(0, Grab().CountDifferent(first, strip));
     EXPECT_EQ(S_FALSE, info->SetDisplayMode(INFO_MODE_CAPTION, FALSE)); // unchanged mode, told again
     info->ShowMediaInfo(-1); // any other value is a change
     EXPECT_TRUE(NeedsPaint());
