@@ -1,0 +1,317 @@
+// The picture back-end in a 200 x 200 host: pictures fitted and centred on black, grown only by the
+// stretch flag, turned by their orientation tag, cross-faded; GDI+ shared through the module's
+// count, input handed to the host, nothing left behind; every kind of picture through the dispatcher.
+#include <gtest/gtest.h>
+
+#include "CPictureCheck.h"
+#include "CPictureFiles.h"
+#include "CPictureStage.h"
+#include "CPlaybackHost.h"
+#include "engine/CDllModule.h"
+#include "engine/TessalyContract.h"
+
+namespace {
+
+const COLORREF kRed = RGB(255, 0, 0), kGreen = RGB(0, 255, 0), kBlue = RGB(0, 0, 255), kOrange = RGB(255, 128, 0);
+const RECT kWhole = {0, 0, 200, 200}, kSmallCentred = {68, 84, 132, 116};
+const int kScaledSeam = 5; // 64 pixels grown to 200: a source pixel and a half is about five
+
+class Picture : public ::testing::Test
+{
+protected:
+    std::wstring Plain(int nWidth, int nHeight, COLORREF cr)
+    {
+        const std::wstring name = std::to_wstring(nWidth) + L"x" + std::to_wstring(nHeight) + std::to_wstring(cr) + L".png";
+        return files.Encode(name, nWidth, nHeight, [cr](int, int) { return cr; });
+    }
+
+    CPictureFiles files;
+    CPictureStage stage;
+};
+
+TEST(PictureGdiplus, EveryCallButTheTransportRefusesUntilInitAndEachViewerGivesBackOnlyItsOwnStart)
+{
+    ASSERT_FALSE(g_DllModule.IsGdiplusStarted()) << "no other viewer may be alive here";
+    CPictViewerProbe viewer;
+    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.SetParentWindow(GetDesktopWindow()));
+    EXPECT_EQ(nullptr, viewer.PictureWindow());
+    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.SetParentWindowSize(10, 10));
+    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.OpenFile(L"C:\\a.png", 0, 0));
+    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.SetPlaybackFlags(1));
+    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.GetFileInfo(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+    EXPECT_EQ(S_OK, viewer.Play());
+    EXPECT_FALSE(viewer.IsInitialized());
+    {
+        CPictureFiles files;
+        CPictureStage stage;
+        ASSERT_EQ(S_OK, stage.Open(files.Encode(L"red.png", 200, 200, [](int, int) { return kRed; })));
+        ASSERT_EQ(S_OK, viewer.Init());
+        EXPECT_TRUE(viewer.IsInitialized());
+        viewer.Destroy();
+        CPictViewerProbe().Destroy(); // never started
+        ASSERT_TRUE(g_DllModule.IsGdiplusStarted());
+        InvalidateRect(stage.Viewer().PictureWindow(), nullptr, FALSE);
+        CMessagePump::PumpFor(50);
+        EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kRed)) << "still drawn through GDI+";
+    }
+    EXPECT_FALSE(g_DllModule.IsGdiplusStarted()) << "the last viewer gives GDI+ back";
+}
+
+TEST_F(Picture, TransportAndCloseLeaveThePictureAsItIsAndItsInformation)
+{
+    ASSERT_EQ(S_OK, stage.Open(Plain(64, 32, kRed)));
+    CPictViewerProbe& viewer = stage.Viewer();
+    for (HRESULT hr : {viewer.Play(), viewer.Pause(), viewer.Resume(), viewer.Stop(), viewer.SetCurTime(3.0), viewer.CloseFile()})
+        EXPECT_EQ(S_OK, hr);
+    double dTime = 7.5, dDuration = 7.0;
+    EXPECT_EQ(E_FAIL, viewer.GetCurTime(&dTime));
+    EXPECT_EQ(7.5, dTime);
+    BOOL bAudioOnly = 7, bSeekable = 7, bPicture = 7;
+    DWORD dwWidth = 0, dwHeight = 0;
+    ASSERT_EQ(S_OK, viewer.GetFileInfo(&bAudioOnly, &dDuration, &bSeekable, &dwWidth, &dwHeight, &bPicture));
+    EXPECT_EQ(std::make_tuple(FALSE, 0.0, FALSE, 64ul, 32ul, TRUE), std::make_tuple(bAudioOnly, dDuration, bSeekable, dwWidth, dwHeight, bPicture));
+    InvalidateRect(viewer.PictureWindow(), nullptr, FALSE);
+    CMessagePump::PumpFor(50);
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kSmallCentred, kRed));
+}
+
+TEST_F(Picture, KeysAndMouseOverThePictureArePostedToTheHost)
+{
+    const HWND hWnd = stage.Viewer().PictureWindow();
+    const LPARAM lPoint = MAKELPARAM(12, 34);
+    const std::pair<UINT, WPARAM> kInput[] = {
+        {WM_KEYDOWN, VK_F5},        {WM_CHAR, L'x'},           {WM_SYSKEYUP, VK_MENU},         {WM_MOUSEMOVE, 0},
+        {WM_LBUTTONDBLCLK, MK_LBUTTON}, {WM_MBUTTONDOWN, MK_MBUTTON}, {WM_NCLBUTTONDOWN, HTCAPTION}, {WM_NCMBUTTONDBLCLK, HTCLIENT}};
+    for (const auto& input : kInput)
+        EXPECT_EQ(0, SendMessageW(hWnd, input.first, input.second, lPoint));
+    SendMessageW(hWnd, WM_XBUTTONDOWN, 0, lPoint); // past the forwarded range: not the host's
+    MSG msg;
+    for (const auto& input : kInput)
+    {
+        ASSERT_TRUE(PeekMessageW(&msg, stage.Window(), WM_KEYFIRST, WM_MOUSELAST, PM_REMOVE) || PeekMessageW(&msg, stage.Window(), WM_NCMOUSEMOVE, WM_NCXBUTTONDBLCLK, PM_REMOVE));
+        EXPECT_EQ(std::make_tuple(input.first, input.second, lPoint), std::make_tuple(msg.message, msg.wParam, msg.lParam));
+    }
+    EXPECT_FALSE(PeekMessageW(&msg, stage.Window(), WM_KEYFIRST, WM_MOUSELAST, PM_REMOVE));
+}
+
+// Live GDI objects: Wine answers 0 to GetGuiResources, but its handles carry the table index in
+// their low word, and a handle with a zero high word names whatever object lives at that index.
+int LiveGdiObjects()
+{
+    int nLive = 0;
+    for (ULONG_PTR index = 0; index <= 0xFFFF; ++index)
+        nLive += GetObjectType(reinterpret_cast<HGDIOBJ>(index)) != 0;
+    return nLive;
+}
+
+// Committed private memory, summed over the address space: the process counters leave it at zero.
+SIZE_T PrivateBytes()
+{
+    SIZE_T cbTotal = 0;
+    MEMORY_BASIC_INFORMATION info;
+    for (const BYTE* p = nullptr; VirtualQuery(p, &info, sizeof(info)) == sizeof(info); p = static_cast<const BYTE*>(info.BaseAddress) + info.RegionSize)
+        cbTotal += info.State == MEM_COMMIT && info.Type == MEM_PRIVATE ? info.RegionSize : 0;
+    return cbTotal;
+}
+
+TEST_F(Picture, OpensAndFadesLeaveGdiObjectsAndMemoryFlat)
+{
+    // Big enough that keeping any file's bytes or any decoded picture would show in the total.
+    const std::wstring red = Plain(256, 256, kRed), green = files.Encode(L"green.png", 256, 256, [](int x, int y) { return RGB(0, x, y); });
+    auto cycle = [&](int i) {
+        ASSERT_EQ(S_OK, stage.Open(i % 2 ? green : red));
+        ASSERT_EQ(S_OK, stage.Viewer().CloseFile());
+    };
+    for (int i = 0; i < 20; ++i) // warm-up: the decoders' and the heap's first allocations
+        cycle(i);
+    const int nObjectsBefore = LiveGdiObjects();
+    const SIZE_T cbBefore = PrivateBytes();
+    for (int i = 0; i < 200; ++i)
+        cycle(i);
+    // Other test processes share the handle table here and move it by a few; an object an open adds 200.
+    EXPECT_LT(LiveGdiObjects(), nObjectsBefore + 40);
+    EXPECT_LT(PrivateBytes(), cbBefore + 1024 * 1024) << "keeping the bytes of every file read would add 19 MiB";
+    for (int i = 0; i < 4; ++i)
+    {
+        ASSERT_EQ(S_OK, stage.Open(i % 2 ? red : green, TESSALY_OPEN_FLAG_CROSSFADE));
+        stage.FadeEnds();
+    }
+    CMessagePump::PumpFor(50);
+    EXPECT_LT(LiveGdiObjects(), nObjectsBefore + 40) << "two contexts per frame would add 150";
+}
+
+TEST_F(Picture, DestroyInTheMiddleOfAFadeGivesBackItsWindowBitmapsAndGdiplus)
+{
+    const HWND hPicture = stage.Viewer().PictureWindow();
+    ASSERT_EQ(S_OK, stage.Open(Plain(64, 32, kRed)));
+    ASSERT_EQ(S_OK, stage.Open(Plain(64, 32, kGreen), TESSALY_OPEN_FLAG_CROSSFADE));
+    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
+    const HBITMAP hbmFrom = stage.Viewer().FadeFrom(), hbmTo = stage.Viewer().FadeTo();
+    ASSERT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(hbmFrom));
+    ASSERT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(hbmTo));
+    stage.Viewer().Destroy();
+    EXPECT_FALSE(IsWindow(hPicture));
+    EXPECT_EQ(nullptr, stage.Viewer().PictureWindow());
+    EXPECT_EQ(0u, GetObjectType(hbmFrom));
+    EXPECT_EQ(0u, GetObjectType(hbmTo));
+    EXPECT_FALSE(g_DllModule.IsGdiplusStarted());
+}
+
+TEST_F(Picture, FittedAndCentredOnBlackGrownOnlyWithTheStretchFlagWhichWaitsForTheHostsNextSize)
+{
+    const struct
+    {
+        int nWidth, nHeight;
+        DWORD dwPlaybackFlags;
+        RECT rc;
+        int nSeam;
+    } kCases[] = {{64, 32, 0, kSmallCentred, 2}, {64, 32, TESSALY_PLAYBACK_FLAG_STRETCH, {0, 50, 200, 150}, kScaledSeam},
+                  {400, 100, 0, {0, 75, 200, 125}, 2}, {400, 100, TESSALY_PLAYBACK_FLAG_STRETCH, {0, 75, 200, 125}, 2}};
+    for (const auto& c : kCases)
+    {
+        ASSERT_EQ(S_OK, stage.Open(Plain(c.nWidth, c.nHeight, kRed), 0, c.dwPlaybackFlags));
+        EXPECT_TRUE(ShowsPictureAt(stage.Window(), c.rc, kRed, c.nSeam)) << c.nWidth << " flags " << c.dwPlaybackFlags;
+    }
+    ASSERT_EQ(S_OK, stage.Open(Plain(64, 32, kRed)));
+    ASSERT_EQ(S_OK, stage.Viewer().SetPlaybackFlags(TESSALY_PLAYBACK_FLAG_STRETCH));
+    CMessagePump::PumpFor(100);
+    stage.Resize(200, 200); // the same size: nothing to lay out
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kSmallCentred, kRed));
+    stage.Resize(100, 300);
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), {0, 125, 100, 175}, kRed, kScaledSeam));
+    stage.Resize(300, 100);
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), {50, 0, 250, 100}, kRed, kScaledSeam));
+    stage.Viewer().Deactivate();
+    EXPECT_FALSE(IsWindowVisible(stage.Viewer().PictureWindow()));
+    stage.Viewer().Activate();
+    EXPECT_TRUE(IsWindowVisible(stage.Viewer().PictureWindow()));
+}
+
+// A 64 x 32 TIFF, the left half red and the right half blue, tagged: upright, it shows 32 high;
+// turned a quarter, 32 wide and 64 high. Mirrored orientations are turned, never flipped.
+TEST_F(Picture, ATiffIsShownTurnedByItsOrientationTagAndReportedAsShown)
+{
+    const struct
+    {
+        UINT16 nTag;
+        bool bQuarter;
+        COLORREF crFirst; // the left half, or the top half when turned a quarter
+    } kTags[] = {{1, false, kRed}, {3, false, kBlue}, {6, true, kRed}, {8, true, kBlue}, {2, true, kRed}, {5, false, kRed}, {0, false, kRed}, {9, false, kRed}};
+    for (const auto& o : kTags)
+    {
+        ASSERT_EQ(S_OK, stage.Open(files.OrientedTiff(L"o" + std::to_wstring(o.nTag) + L".tif", 64, 32, o.nTag, [](int x, int) { return x < 32 ? kRed : kBlue; })));
+        const CWindowPixels pixels(stage.Window());
+        auto at = [&](int nAlong, int nAcross) { return o.bQuarter ? pixels.At(nAcross, nAlong) : pixels.At(nAlong, nAcross); };
+        EXPECT_EQ(o.crFirst, at(84, 100)) << "tag " << o.nTag;
+        EXPECT_EQ(o.crFirst == kRed ? kBlue : kRed, at(116, 100)) << "tag " << o.nTag;
+        EXPECT_EQ(RGB(0, 0, 0), at(100, 76)) << "tag " << o.nTag << ": the narrow side stays black";
+        EXPECT_EQ(RGB(0, 0, 0), at(o.bQuarter ? 62 : 30, 100)) << "tag " << o.nTag << ": no longer than the picture";
+        DWORD dwWidth = 0, dwHeight = 0;
+        ASSERT_EQ(S_OK, stage.Viewer().GetFileInfo(nullptr, nullptr, nullptr, &dwWidth, &dwHeight, nullptr));
+        EXPECT_EQ(o.bQuarter ? std::make_pair(32ul, 64ul) : std::make_pair(64ul, 32ul), std::make_pair(dwWidth, dwHeight)) << "tag " << o.nTag;
+    }
+}
+
+TEST_F(Picture, WithTheFlagAShownPictureFadesIntoTheNextInHalfASecondFromWhatIsShownAndWithoutItIsReplaced)
+{
+    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kRed), TESSALY_OPEN_FLAG_CROSSFADE));
+    EXPECT_FALSE(stage.Viewer().Fading()) << "the first picture is shown at once";
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kRed));
+    const ULONGLONG start = GetTickCount64();
+    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kGreen), TESSALY_OPEN_FLAG_CROSSFADE));
+    auto centre = [&] { return CWindowPixels(stage.Window()).At(100, 100); };
+    EXPECT_EQ(kRed, centre()) << "the first paint of a fade only prepares it";
+    int nBetween = 0; // centre pixels strictly between red and green
+    ASSERT_TRUE(CMessagePump::PumpUntil([&] {
+        const COLORREF cr = centre();
+        nBetween += GetRValue(cr) > 0 && GetRValue(cr) < 255 && GetGValue(cr) > 0 && GetGValue(cr) < 255 && GetBValue(cr) == 0;
+        return !stage.Viewer().Fading();
+    }, 3000));
+    EXPECT_GT(nBetween, 0);
+    EXPECT_GE(GetTickCount64() - start, 500u) << "the fade lasts its full length";
+    CMessagePump::PumpFor(50);
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kGreen)) << "the fade ends on the new picture";
+    EXPECT_FALSE(stage.Viewer().FadeTimerOn());
+
+    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kRed), TESSALY_OPEN_FLAG_CROSSFADE));
+    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
+    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kBlue), TESSALY_OPEN_FLAG_CROSSFADE));
+    EXPECT_TRUE(stage.Viewer().Fading()) << "a new fade is pending";
+    ASSERT_TRUE(stage.FadeEnds());
+    CMessagePump::PumpFor(50);
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kBlue));
+    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kRed), TESSALY_OPEN_FLAG_CROSSFADE));
+    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
+    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kGreen), 0));
+    EXPECT_FALSE(stage.Viewer().FadeTimerOn()) << "an open without the flag stops the running fade";
+    EXPECT_FALSE(stage.Viewer().Fading());
+    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kGreen));
+}
+
+TEST(PictureFormats, EachExtensionOpensThroughTheDispatcherAndShowsOnBlack)
+{
+    CPictureFiles files;
+    CPlaybackHost host{200, 200};
+    for (const std::wstring ext : {L"bmp", L"dib", L"jpg", L"jpeg", L"jpe", L"jfif", L"png", L"tif", L"tiff", L"ico", L"wmf", L"emf"})
+    {
+        const std::wstring name = L"a." + ext;
+        const std::wstring path = ext == L"ico"   ? files.Icon(name, 32, kOrange)
+                                  : ext == L"wmf" ? files.WindowsMetafile(name, 64, 32, kOrange)
+                                  : ext == L"emf" ? files.EnhancedMetafile(name, 64, 32, kOrange)
+                                                  : files.Encode(name, 64, 32, [](int, int) { return kOrange; });
+        SCOPED_TRACE(std::string(ext.begin(), ext.end()));
+        TESSALY_FILEINFO info = {};
+        ASSERT_EQ(S_OK, host.Player().Init(path.c_str()));
+        ASSERT_EQ(S_OK, host.Player().OpenFile(path.c_str(), 0, 0, &info));
+        EXPECT_EQ(TESSALY_FILEINFO_PICTURE, info.dwAttributeMask);
+        if (ext != L"wmf" && ext != L"emf") // a metafile's size follows the screen's resolution
+        {
+            EXPECT_EQ(std::make_pair(ext == L"ico" ? 32ul : 64ul, 32ul), std::make_pair(info.dwWidth, info.dwHeight));
+        }
+        host.PumpFor(100);
+        const CWindowPixels pixels(host.Window());
+        const COLORREF cr = pixels.At(100, 100);
+        const int nTolerance = ext[0] == L'j' ? 12 : 0; // JPEG is lossy
+        EXPECT_TRUE(abs(GetRValue(cr) - 255) <= nTolerance && abs(GetGValue(cr) - 128) <= nTolerance && GetBValue(cr) <= nTolerance) << std::hex << cr;
+        EXPECT_EQ(RGB(0, 0, 0), pixels.At(2, 2));
+        EXPECT_EQ(RGB(0, 0, 0), pixels.At(197, 197));
+    }
+}
+
+TEST_F(Picture, AFileNoDecoderTakesIsRefusedWithItsCodeAndTheShownPictureStays)
+{
+    const std::vector<BYTE> png = CPictureFiles::Read(Plain(16, 16, kOrange));
+    std::vector<BYTE> bmp = CPictureFiles::Read(files.Encode(L"b.bmp", 16, 16, [](int, int) { return kOrange; }));
+    ASSERT_GT(png.size(), 40u);
+    ASSERT_GT(bmp.size(), 54u);
+    std::vector<BYTE> flipped = png, huge = bmp;
+    for (size_t i = 8; i < 33; ++i) // the header chunk, its checksum included
+        flipped[i] ^= 0x5A;
+    const LONG lHuge = 1000000;
+    memcpy(&huge[18], &lHuge, sizeof(lHuge)); // width
+    memcpy(&huge[22], &lHuge, sizeof(lHuge)); // height
+    CreateDirectoryW(files.Path(L"folder.jpg").c_str(), nullptr);
+    const HRESULT kInvalidData = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+    // A file that cannot be read is the out-of-memory code hosts have always seen.
+    const std::pair<std::wstring, HRESULT> kCases[] = {
+        {files.Path(L"missing.png"), E_OUTOFMEMORY}, {files.Bytes(L"empty.bmp", {}), E_OUTOFMEMORY},
+        {files.Path(L"folder.jpg"), E_OUTOFMEMORY}, {files.Bytes(L"text.jpg", {'h', 'e', 'l', 'l', 'o'}), kInvalidData},
+        {files.Bytes(L"header-only.png", {png.begin(), png.begin() + 20}), kInvalidData},
+        {files.Bytes(L"flipped.png", flipped), kInvalidData}, {files.Bytes(L"cut.bmp", {bmp.begin(), bmp.begin() + 30}), kInvalidData},
+        {files.Bytes(L"huge.bmp", huge), kInvalidData}};
+    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kRed)));
+    for (const auto& c : kCases)
+    {
+        EXPECT_EQ(c.second, stage.Open(c.first, TESSALY_OPEN_FLAG_CROSSFADE)) << c.first;
+        CMessagePump::PumpFor(50);
+        EXPECT_FALSE(stage.Viewer().Fading());
+        EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kRed)) << c.first;
+        BOOL bPicture = 7;
+        EXPECT_EQ(E_FAIL, stage.Viewer().GetFileInfo(nullptr, nullptr, nullptr, nullptr, nullptr, &bPicture)) << c.first;
+        EXPECT_EQ(7, bPicture);
+    }
+    EXPECT_EQ(E_OUTOFMEMORY, stage.Viewer().OpenFile(nullptr, 0, 0));
+    ASSERT_EQ(S_OK, stage.Open(files.Encode(L"bild-\u00c6\u00d8\u00c5-\u65e5\u672c.png", 16, 8, [](int, int) { return kOrange; }))) << "a name outside ASCII";
+}
+
+} // namespace
