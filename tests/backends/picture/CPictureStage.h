@@ -9,9 +9,8 @@
 #include "backends/picture/CGdiplusPictViewer.h"
 #include "tests/support/CMessagePump.h"
 
-class CPictViewerProbe : public CGdiplusPictViewer
+struct CPictViewerProbe : CGdiplusPictViewer
 {
-public:
     HWND PictureWindow() const { return m_hPictWnd; }
     bool Fading() const { return m_bFadePending != 0; }
     bool FadeTimerOn() const { return m_bFadeTimerOn != 0; }
@@ -25,10 +24,10 @@ public:
     explicit CPictureStage(int nWidth = 200, int nHeight = 200)
     {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        // A popup's client area is the whole window. Never activated, Wine hands it to no window
-        // manager (whose absence costs two seconds at every destruction).
         WNDCLASSW wc = {0, DefWindowProcW, 0, 0, GetModuleHandleW(nullptr), nullptr, nullptr, nullptr, nullptr, L"PictureHost"};
         RegisterClassW(&wc); // a second stage finds it registered
+        // A popup's client area is the whole window. Never activated, Wine hands it to no window
+        // manager (whose absence costs two seconds at every destruction).
         m_hWnd = CreateWindowExW(0, wc.lpszClassName, L"host", WS_POPUP, 0, 0, nWidth, nHeight, nullptr, nullptr, wc.hInstance, nullptr);
         ShowWindow(m_hWnd, SW_SHOWNOACTIVATE);
         m_viewer.Init();
@@ -43,7 +42,6 @@ public:
         CMessagePump::PumpFor(0);
         CoUninitialize();
     }
-
     // Opens and lets the window paint what it shows now.
     HRESULT Open(const std::wstring& path, DWORD dwOpenFlags = 0, DWORD dwPlaybackFlags = 0)
     {
@@ -51,14 +49,6 @@ public:
         UpdateWindow(m_viewer.PictureWindow());
         CMessagePump::PumpFor(0);
         return hr;
-    }
-    // Resizes the host window and tells the back-end, as the Play object does.
-    void Resize(int nWidth, int nHeight)
-    {
-        SetWindowPos(m_hWnd, nullptr, 0, 0, nWidth, nHeight, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-        m_viewer.SetParentWindowSize(static_cast<DWORD>(nWidth), static_cast<DWORD>(nHeight));
-        UpdateWindow(m_viewer.PictureWindow());
-        CMessagePump::PumpFor(0);
     }
     bool FadeEnds() { return CMessagePump::PumpUntil([&] { return !m_viewer.Fading(); }, 3000); }
     CPictViewerProbe& Viewer() { return m_viewer; }

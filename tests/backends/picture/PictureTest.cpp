@@ -1,8 +1,6 @@
-// The picture back-end in a 200 x 200 host: pictures fitted and centred on black, grown only by the
-// stretch flag, turned by their orientation tag, cross-faded; GDI+ shared through the module's
-// count, input handed to the host, nothing left behind; every kind of picture through the dispatcher.
+// The picture back-end in a 200 x 200 host, read back off the screen, and each kind of picture
+// opened through the dispatcher.
 #include <gtest/gtest.h>
-
 #include "CPictureCheck.h"
 #include "CPictureFiles.h"
 #include "CPictureStage.h"
@@ -21,40 +19,42 @@ class Picture : public ::testing::Test
 protected:
     std::wstring Plain(int nWidth, int nHeight, COLORREF cr)
     {
-        const std::wstring name = std::to_wstring(nWidth) + L"x" + std::to_wstring(nHeight) + std::to_wstring(cr) + L".png";
-        return files.Encode(name, nWidth, nHeight, [cr](int, int) { return cr; });
+        return files.Encode(std::to_wstring(nWidth) + L"x" + std::to_wstring(nHeight) + std::to_wstring(cr) + L".png", nWidth, nHeight, [cr](int, int) { return cr; });
     }
 
     CPictureFiles files;
     CPictureStage stage;
 };
 
-TEST(PictureGdiplus, EveryCallButTheTransportRefusesUntilInitAndEachViewerGivesBackOnlyItsOwnStart)
+TEST(PictureGdiplus, EveryCallButTheTransportRefusesUntilInitAndEachViewerGivesBackItsOwnStartAndInAFadeItsBitmaps)
 {
     ASSERT_FALSE(g_DllModule.IsGdiplusStarted()) << "no other viewer may be alive here";
     CPictViewerProbe viewer;
-    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.SetParentWindow(GetDesktopWindow()));
+    for (HRESULT hr : {viewer.SetParentWindow(GetDesktopWindow()), viewer.SetParentWindowSize(10, 10), viewer.OpenFile(L"C:\\a.png", 0, 0),
+                       viewer.SetPlaybackFlags(1), viewer.GetFileInfo(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr)})
+        EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, hr);
     EXPECT_EQ(nullptr, viewer.PictureWindow());
-    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.SetParentWindowSize(10, 10));
-    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.OpenFile(L"C:\\a.png", 0, 0));
-    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.SetPlaybackFlags(1));
-    EXPECT_EQ(TESSALY_E_GDIPLUS_UNAVAILABLE, viewer.GetFileInfo(nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
     EXPECT_EQ(S_OK, viewer.Play());
     EXPECT_FALSE(viewer.IsInitialized());
+    HBITMAP hbmFrom = nullptr, hbmTo = nullptr;
+    HWND hPicture = nullptr;
     {
         CPictureFiles files;
         CPictureStage stage;
-        ASSERT_EQ(S_OK, stage.Open(files.Encode(L"red.png", 200, 200, [](int, int) { return kRed; })));
         ASSERT_EQ(S_OK, viewer.Init());
         EXPECT_TRUE(viewer.IsInitialized());
         viewer.Destroy();
         CPictViewerProbe().Destroy(); // never started
-        ASSERT_TRUE(g_DllModule.IsGdiplusStarted());
-        InvalidateRect(stage.Viewer().PictureWindow(), nullptr, FALSE);
-        CMessagePump::PumpFor(50);
-        EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kRed)) << "still drawn through GDI+";
+        EXPECT_TRUE(g_DllModule.IsGdiplusStarted()) << "the stage's viewer keeps its own";
+        ASSERT_EQ(S_OK, stage.Open(files.Encode(L"red.png", 64, 32, [](int, int) { return kRed; })));
+        ASSERT_EQ(S_OK, stage.Open(files.Encode(L"green.png", 64, 32, [](int, int) { return kGreen; }), TESSALY_OPEN_FLAG_CROSSFADE));
+        ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
+        hbmFrom = stage.Viewer().FadeFrom(), hbmTo = stage.Viewer().FadeTo(), hPicture = stage.Viewer().PictureWindow();
+        ASSERT_EQ(std::make_pair(DWORD(OBJ_BITMAP), DWORD(OBJ_BITMAP)), std::make_pair(GetObjectType(hbmFrom), GetObjectType(hbmTo)));
     }
     EXPECT_FALSE(g_DllModule.IsGdiplusStarted()) << "the last viewer gives GDI+ back";
+    EXPECT_FALSE(IsWindow(hPicture));
+    EXPECT_EQ(std::make_pair(0ul, 0ul), std::make_pair(GetObjectType(hbmFrom), GetObjectType(hbmTo)));
 }
 
 TEST_F(Picture, TransportAndCloseLeaveThePictureAsItIsAndItsInformation)
@@ -77,14 +77,12 @@ TEST_F(Picture, TransportAndCloseLeaveThePictureAsItIsAndItsInformation)
 
 TEST_F(Picture, KeysAndMouseOverThePictureArePostedToTheHost)
 {
-    const HWND hWnd = stage.Viewer().PictureWindow();
     const LPARAM lPoint = MAKELPARAM(12, 34);
-    const std::pair<UINT, WPARAM> kInput[] = {
-        {WM_KEYDOWN, VK_F5},        {WM_CHAR, L'x'},           {WM_SYSKEYUP, VK_MENU},         {WM_MOUSEMOVE, 0},
-        {WM_LBUTTONDBLCLK, MK_LBUTTON}, {WM_MBUTTONDOWN, MK_MBUTTON}, {WM_NCLBUTTONDOWN, HTCAPTION}, {WM_NCMBUTTONDBLCLK, HTCLIENT}};
+    const std::pair<UINT, WPARAM> kInput[] = {{WM_KEYDOWN, VK_F5}, {WM_CHAR, L'x'}, {WM_SYSKEYUP, VK_MENU}, {WM_MOUSEMOVE, 0}, {WM_LBUTTONDBLCLK, MK_LBUTTON},
+                                              {WM_MBUTTONDOWN, MK_MBUTTON}, {WM_NCLBUTTONDOWN, HTCAPTION}, {WM_NCMBUTTONDBLCLK, HTCLIENT}};
     for (const auto& input : kInput)
-        EXPECT_EQ(0, SendMessageW(hWnd, input.first, input.second, lPoint));
-    SendMessageW(hWnd, WM_XBUTTONDOWN, 0, lPoint); // past the forwarded range: not the host's
+        EXPECT_EQ(0, SendMessageW(stage.Viewer().PictureWindow(), input.first, input.second, lPoint));
+    SendMessageW(stage.Viewer().PictureWindow(), WM_XBUTTONDOWN, 0, lPoint); // past the forwarded range: not the host's
     MSG msg;
     for (const auto& input : kInput)
     {
@@ -94,8 +92,8 @@ TEST_F(Picture, KeysAndMouseOverThePictureArePostedToTheHost)
     EXPECT_FALSE(PeekMessageW(&msg, stage.Window(), WM_KEYFIRST, WM_MOUSELAST, PM_REMOVE));
 }
 
-// Live GDI objects: Wine answers 0 to GetGuiResources, but its handles carry the table index in
-// their low word, and a handle with a zero high word names whatever object lives at that index.
+// Wine answers 0 to GetGuiResources, but its handles carry the table index in their low word, and
+// a handle with a zero high word names whatever object lives at that index.
 int LiveGdiObjects()
 {
     int nLive = 0;
@@ -116,11 +114,11 @@ SIZE_T PrivateBytes()
 
 TEST_F(Picture, OpensAndFadesLeaveGdiObjectsAndMemoryFlat)
 {
-    // Big enough that keeping any file's bytes or any decoded picture would show in the total.
-    const std::wstring red = Plain(256, 256, kRed), green = files.Encode(L"green.png", 256, 256, [](int x, int y) { return RGB(0, x, y); });
+    // Big enough that keeping any file's bytes or any decoded picture shows in the total.
+    const std::wstring red = files.Encode(L"red.bmp", 256, 256, [](int, int) { return kRed; }), green = files.Encode(L"green.png", 256, 256, [](int x, int y) { return RGB(0, x, y); });
     auto cycle = [&](int i) {
-        ASSERT_EQ(S_OK, stage.Open(i % 2 ? green : red));
-        ASSERT_EQ(S_OK, stage.Viewer().CloseFile());
+        EXPECT_EQ(S_OK, stage.Open(i % 2 ? green : red));
+        EXPECT_EQ(S_OK, stage.Viewer().CloseFile());
     };
     for (int i = 0; i < 20; ++i) // warm-up: the decoders' and the heap's first allocations
         cycle(i);
@@ -132,83 +130,39 @@ TEST_F(Picture, OpensAndFadesLeaveGdiObjectsAndMemoryFlat)
     EXPECT_LT(LiveGdiObjects(), nObjectsBefore + 40);
     EXPECT_LT(PrivateBytes(), cbBefore + 1024 * 1024) << "keeping the bytes of every file read would add 19 MiB";
     for (int i = 0; i < 4; ++i)
-    {
-        ASSERT_EQ(S_OK, stage.Open(i % 2 ? red : green, TESSALY_OPEN_FLAG_CROSSFADE));
-        stage.FadeEnds();
-    }
+        EXPECT_TRUE(SUCCEEDED(stage.Open(i % 2 ? red : green, TESSALY_OPEN_FLAG_CROSSFADE)) && stage.FadeEnds());
     CMessagePump::PumpFor(50);
     EXPECT_LT(LiveGdiObjects(), nObjectsBefore + 40) << "two contexts per frame would add 150";
 }
 
-TEST_F(Picture, DestroyInTheMiddleOfAFadeGivesBackItsWindowBitmapsAndGdiplus)
+TEST_F(Picture, FittedAndCentredOnBlackAndGrownOnlyWithTheStretchFlag)
 {
-    const HWND hPicture = stage.Viewer().PictureWindow();
-    ASSERT_EQ(S_OK, stage.Open(Plain(64, 32, kRed)));
-    ASSERT_EQ(S_OK, stage.Open(Plain(64, 32, kGreen), TESSALY_OPEN_FLAG_CROSSFADE));
-    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
-    const HBITMAP hbmFrom = stage.Viewer().FadeFrom(), hbmTo = stage.Viewer().FadeTo();
-    ASSERT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(hbmFrom));
-    ASSERT_EQ(static_cast<DWORD>(OBJ_BITMAP), GetObjectType(hbmTo));
-    stage.Viewer().Destroy();
-    EXPECT_FALSE(IsWindow(hPicture));
-    EXPECT_EQ(nullptr, stage.Viewer().PictureWindow());
-    EXPECT_EQ(0u, GetObjectType(hbmFrom));
-    EXPECT_EQ(0u, GetObjectType(hbmTo));
-    EXPECT_FALSE(g_DllModule.IsGdiplusStarted());
-}
-
-TEST_F(Picture, FittedAndCentredOnBlackGrownOnlyWithTheStretchFlagWhichWaitsForTheHostsNextSize)
-{
-    const struct
+    const std::tuple<int, int, DWORD, RECT, int> kCases[] = {{64, 32, 0, kSmallCentred, 2}, {64, 32, TESSALY_PLAYBACK_FLAG_STRETCH, {0, 50, 200, 150}, kScaledSeam},
+                                                             {400, 100, 0, {0, 75, 200, 125}, 2}, {400, 100, TESSALY_PLAYBACK_FLAG_STRETCH, {0, 75, 200, 125}, 2}};
+    for (const auto& [nWidth, nHeight, dwPlaybackFlags, rc, nSeam] : kCases)
     {
-        int nWidth, nHeight;
-        DWORD dwPlaybackFlags;
-        RECT rc;
-        int nSeam;
-    } kCases[] = {{64, 32, 0, kSmallCentred, 2}, {64, 32, TESSALY_PLAYBACK_FLAG_STRETCH, {0, 50, 200, 150}, kScaledSeam},
-                  {400, 100, 0, {0, 75, 200, 125}, 2}, {400, 100, TESSALY_PLAYBACK_FLAG_STRETCH, {0, 75, 200, 125}, 2}};
-    for (const auto& c : kCases)
-    {
-        ASSERT_EQ(S_OK, stage.Open(Plain(c.nWidth, c.nHeight, kRed), 0, c.dwPlaybackFlags));
-        EXPECT_TRUE(ShowsPictureAt(stage.Window(), c.rc, kRed, c.nSeam)) << c.nWidth << " flags " << c.dwPlaybackFlags;
+        ASSERT_EQ(S_OK, stage.Open(Plain(nWidth, nHeight, kRed), 0, dwPlaybackFlags));
+        EXPECT_TRUE(ShowsPictureAt(stage.Window(), rc, kRed, nSeam)) << nWidth << " flags " << dwPlaybackFlags;
     }
-    ASSERT_EQ(S_OK, stage.Open(Plain(64, 32, kRed)));
-    ASSERT_EQ(S_OK, stage.Viewer().SetPlaybackFlags(TESSALY_PLAYBACK_FLAG_STRETCH));
-    CMessagePump::PumpFor(100);
-    stage.Resize(200, 200); // the same size: nothing to lay out
-    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kSmallCentred, kRed));
-    stage.Resize(100, 300);
-    EXPECT_TRUE(ShowsPictureAt(stage.Window(), {0, 125, 100, 175}, kRed, kScaledSeam));
-    stage.Resize(300, 100);
-    EXPECT_TRUE(ShowsPictureAt(stage.Window(), {50, 0, 250, 100}, kRed, kScaledSeam));
-    stage.Viewer().Deactivate();
-    EXPECT_FALSE(IsWindowVisible(stage.Viewer().PictureWindow()));
-    stage.Viewer().Activate();
-    EXPECT_TRUE(IsWindowVisible(stage.Viewer().PictureWindow()));
 }
 
-// A 64 x 32 TIFF, the left half red and the right half blue, tagged: upright, it shows 32 high;
-// turned a quarter, 32 wide and 64 high. Mirrored orientations are turned, never flipped.
+// A 64 x 32 TIFF, left half red, right half blue: upright 32 high; turned a quarter 32 wide, 64 high;
+// the first colour (left or top) as given. Mirrored orientations are turned, never flipped.
 TEST_F(Picture, ATiffIsShownTurnedByItsOrientationTagAndReportedAsShown)
 {
-    const struct
+    const std::tuple<UINT16, bool, COLORREF> kTags[] = {{1, false, kRed}, {3, false, kBlue}, {6, true, kRed}, {8, true, kBlue},
+                                                        {2, true, kRed}, {5, false, kRed}, {0, false, kRed}, {9, false, kRed}};
+    for (const auto& [nTag, bQuarter, crFirst] : kTags)
     {
-        UINT16 nTag;
-        bool bQuarter;
-        COLORREF crFirst; // the left half, or the top half when turned a quarter
-    } kTags[] = {{1, false, kRed}, {3, false, kBlue}, {6, true, kRed}, {8, true, kBlue}, {2, true, kRed}, {5, false, kRed}, {0, false, kRed}, {9, false, kRed}};
-    for (const auto& o : kTags)
-    {
-        ASSERT_EQ(S_OK, stage.Open(files.OrientedTiff(L"o" + std::to_wstring(o.nTag) + L".tif", 64, 32, o.nTag, [](int x, int) { return x < 32 ? kRed : kBlue; })));
+        SCOPED_TRACE(nTag);
+        ASSERT_EQ(S_OK, stage.Open(files.OrientedTiff(L"o" + std::to_wstring(nTag) + L".tif", 64, 32, nTag, [](int x, int) { return x < 32 ? kRed : kBlue; })));
         const CWindowPixels pixels(stage.Window());
-        auto at = [&](int nAlong, int nAcross) { return o.bQuarter ? pixels.At(nAcross, nAlong) : pixels.At(nAlong, nAcross); };
-        EXPECT_EQ(o.crFirst, at(84, 100)) << "tag " << o.nTag;
-        EXPECT_EQ(o.crFirst == kRed ? kBlue : kRed, at(116, 100)) << "tag " << o.nTag;
-        EXPECT_EQ(RGB(0, 0, 0), at(100, 76)) << "tag " << o.nTag << ": the narrow side stays black";
-        EXPECT_EQ(RGB(0, 0, 0), at(o.bQuarter ? 62 : 30, 100)) << "tag " << o.nTag << ": no longer than the picture";
+        auto at = [&, q = bQuarter](int nAlong, int nAcross) { return q ? pixels.At(nAcross, nAlong) : pixels.At(nAlong, nAcross); };
+        EXPECT_EQ(std::make_tuple(crFirst, crFirst == kRed ? kBlue : kRed, RGB(0, 0, 0), RGB(0, 0, 0)),
+                  std::make_tuple(at(84, 100), at(116, 100), at(100, 76), at(bQuarter ? 62 : 30, 100))) << "the narrow side and the ends stay black";
         DWORD dwWidth = 0, dwHeight = 0;
         ASSERT_EQ(S_OK, stage.Viewer().GetFileInfo(nullptr, nullptr, nullptr, &dwWidth, &dwHeight, nullptr));
-        EXPECT_EQ(o.bQuarter ? std::make_pair(32ul, 64ul) : std::make_pair(64ul, 32ul), std::make_pair(dwWidth, dwHeight)) << "tag " << o.nTag;
+        EXPECT_EQ(bQuarter ? std::make_pair(32ul, 64ul) : std::make_pair(64ul, 32ul), std::make_pair(dwWidth, dwHeight));
     }
 }
 
@@ -233,15 +187,12 @@ TEST_F(Picture, WithTheFlagAShownPictureFadesIntoTheNextInHalfASecondFromWhatIsS
     EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kGreen)) << "the fade ends on the new picture";
     EXPECT_FALSE(stage.Viewer().FadeTimerOn());
 
-    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kRed), TESSALY_OPEN_FLAG_CROSSFADE));
-    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
-    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kBlue), TESSALY_OPEN_FLAG_CROSSFADE));
-    EXPECT_TRUE(stage.Viewer().Fading()) << "a new fade is pending";
-    ASSERT_TRUE(stage.FadeEnds());
-    CMessagePump::PumpFor(50);
-    EXPECT_TRUE(ShowsPictureAt(stage.Window(), kWhole, kBlue));
-    ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kRed), TESSALY_OPEN_FLAG_CROSSFADE));
-    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
+    for (COLORREF cr : {kRed, kBlue}) // a new fade during a fade is pending, and starts from what is shown
+    {
+        ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, cr), TESSALY_OPEN_FLAG_CROSSFADE));
+        EXPECT_TRUE(stage.Viewer().Fading());
+        ASSERT_TRUE(CMessagePump::PumpUntil([&] { return stage.Viewer().FadeTimerOn(); }, 1000));
+    }
     ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kGreen), 0));
     EXPECT_FALSE(stage.Viewer().FadeTimerOn()) << "an open without the flag stops the running fade";
     EXPECT_FALSE(stage.Viewer().Fading());
@@ -263,7 +214,6 @@ TEST(PictureFormats, EachExtensionOpensThroughTheDispatcherAndShowsOnBlack)
         TESSALY_FILEINFO info = {};
         ASSERT_EQ(S_OK, host.Player().Init(path.c_str()));
         ASSERT_EQ(S_OK, host.Player().OpenFile(path.c_str(), 0, 0, &info));
-        EXPECT_EQ(TESSALY_FILEINFO_PICTURE, info.dwAttributeMask);
         if (ext != L"wmf" && ext != L"emf") // a metafile's size follows the screen's resolution
         {
             EXPECT_EQ(std::make_pair(ext == L"ico" ? 32ul : 64ul, 32ul), std::make_pair(info.dwWidth, info.dwHeight));
@@ -273,30 +223,25 @@ TEST(PictureFormats, EachExtensionOpensThroughTheDispatcherAndShowsOnBlack)
         const COLORREF cr = pixels.At(100, 100);
         const int nTolerance = ext[0] == L'j' ? 12 : 0; // JPEG is lossy
         EXPECT_TRUE(abs(GetRValue(cr) - 255) <= nTolerance && abs(GetGValue(cr) - 128) <= nTolerance && GetBValue(cr) <= nTolerance) << std::hex << cr;
-        EXPECT_EQ(RGB(0, 0, 0), pixels.At(2, 2));
-        EXPECT_EQ(RGB(0, 0, 0), pixels.At(197, 197));
+        EXPECT_EQ(std::make_pair(RGB(0, 0, 0), RGB(0, 0, 0)), std::make_pair(pixels.At(2, 2), pixels.At(197, 197)));
     }
 }
 
 TEST_F(Picture, AFileNoDecoderTakesIsRefusedWithItsCodeAndTheShownPictureStays)
 {
-    const std::vector<BYTE> png = CPictureFiles::Read(Plain(16, 16, kOrange));
-    std::vector<BYTE> bmp = CPictureFiles::Read(files.Encode(L"b.bmp", 16, 16, [](int, int) { return kOrange; }));
-    ASSERT_GT(png.size(), 40u);
-    ASSERT_GT(bmp.size(), 54u);
-    std::vector<BYTE> flipped = png, huge = bmp;
+    const std::vector<BYTE> bmp = CPictureFiles::Read(files.Encode(L"b.bmp", 16, 16, [](int, int) { return kOrange; }));
+    std::vector<BYTE> flipped = CPictureFiles::Read(Plain(16, 16, kOrange)), huge = bmp;
+    ASSERT_GT(std::min(flipped.size(), bmp.size()), 54u);
     for (size_t i = 8; i < 33; ++i) // the header chunk, its checksum included
         flipped[i] ^= 0x5A;
-    const LONG lHuge = 1000000;
-    memcpy(&huge[18], &lHuge, sizeof(lHuge)); // width
-    memcpy(&huge[22], &lHuge, sizeof(lHuge)); // height
+    const LONG lHuge[2] = {1000000, 1000000};
+    memcpy(&huge[18], lHuge, sizeof(lHuge)); // width and height
     CreateDirectoryW(files.Path(L"folder.jpg").c_str(), nullptr);
     const HRESULT kInvalidData = HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
     // A file that cannot be read is the out-of-memory code hosts have always seen.
     const std::pair<std::wstring, HRESULT> kCases[] = {
         {files.Path(L"missing.png"), E_OUTOFMEMORY}, {files.Bytes(L"empty.bmp", {}), E_OUTOFMEMORY},
         {files.Path(L"folder.jpg"), E_OUTOFMEMORY}, {files.Bytes(L"text.jpg", {'h', 'e', 'l', 'l', 'o'}), kInvalidData},
-        {files.Bytes(L"header-only.png", {png.begin(), png.begin() + 20}), kInvalidData},
         {files.Bytes(L"flipped.png", flipped), kInvalidData}, {files.Bytes(L"cut.bmp", {bmp.begin(), bmp.begin() + 30}), kInvalidData},
         {files.Bytes(L"huge.bmp", huge), kInvalidData}};
     ASSERT_EQ(S_OK, stage.Open(Plain(200, 200, kRed)));
