@@ -1,6 +1,5 @@
-// What a window shows of a picture: one colour inside the rectangle where it should land, black
-// outside; a seam along its edges is left out, where the scaler blends the picture's edge with what
-// lies beyond it over about a source pixel and a half.
+// A window shows one colour inside the rectangle where a picture should land, black outside, bar a seam
+// along its edges where the scaler blends the picture's edge over about a source pixel and a half.
 #pragma once
 
 #include <gtest/gtest.h>

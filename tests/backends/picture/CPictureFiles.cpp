@@ -7,8 +7,7 @@ using namespace Gdiplus::DllExports;
 
 namespace {
 
-// Little-endian values of nBytes each, appended.
-void Put(std::vector<BYTE>& bytes, std::initializer_list<UINT32> values, int nBytes)
+void Put(std::vector<BYTE>& bytes, std::initializer_list<UINT32> values, int nBytes) // little-endian
 {
     for (UINT32 value : values)
         for (int i = 0; i < nBytes; ++i)
@@ -32,9 +31,7 @@ std::vector<BYTE> CPictureFiles::Read(const std::wstring& path)
     HANDLE hFile = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
     std::vector<BYTE> bytes(hFile == INVALID_HANDLE_VALUE ? 0 : GetFileSize(hFile, nullptr));
     DWORD dwRead = 0;
-    ReadFile(hFile, bytes.data(), static_cast<DWORD>(bytes.size()), &dwRead, nullptr);
-    CloseHandle(hFile);
-    return bytes;
+    return ReadFile(hFile, bytes.data(), static_cast<DWORD>(bytes.size()), &dwRead, nullptr), CloseHandle(hFile), bytes;
 }
 
 std::wstring CPictureFiles::Encode(const std::wstring& name, int nWidth, int nHeight, const Painter& paint) const
@@ -55,16 +52,13 @@ std::wstring CPictureFiles::Encode(const std::wstring& name, int nWidth, int nHe
             GdipBitmapSetPixel(pBitmap, x, y, Argb(paint(x, y)));
     const std::wstring path = Path(name);
     const Gdiplus::Status status = GdipSaveImageToFile(pBitmap, path.c_str(), &pCodec->Clsid, nullptr);
-    GdipDisposeImage(pBitmap);
-    return status == Gdiplus::Ok ? path : std::wstring();
+    return GdipDisposeImage(pBitmap), status == Gdiplus::Ok ? path : std::wstring();
 }
 
 std::wstring CPictureFiles::Icon(const std::wstring& name, int nSize, COLORREF cr) const
 {
     const UINT32 cbMask = (nSize + 31) / 32 * 4 * nSize, cbImage = 40 + 4 * nSize * nSize + cbMask;
-    std::vector<BYTE> bytes;
-    Put(bytes, {0, 1, 1}, 2); // an icon of one image
-    Put(bytes, {static_cast<BYTE>(nSize), static_cast<BYTE>(nSize), 0, 0}, 1);
+    std::vector<BYTE> bytes = {0, 0, 1, 0, 1, 0, static_cast<BYTE>(nSize), static_cast<BYTE>(nSize), 0, 0}; // an icon of one image
     Put(bytes, {1, 32}, 2);
     Put(bytes, {cbImage, 6 + 16, 40, static_cast<UINT32>(nSize), 2u * nSize}, 4); // the height counts the mask's rows
     Put(bytes, {1, 32}, 2);

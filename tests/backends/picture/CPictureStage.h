@@ -1,11 +1,9 @@
-// A host window with the picture back-end parented to it and shown, its window and fade state in
-// view; COM lives as long as the stage.
+// A host window with the picture back-end parented to it and shown, its state in view; COM as long as it lives.
 #pragma once
 
 #include <windows.h>
 #include <objbase.h>
 #include <string>
-
 #include "backends/picture/CGdiplusPictViewer.h"
 #include "tests/support/CMessagePump.h"
 
@@ -26,8 +24,7 @@ public:
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
         WNDCLASSW wc = {0, DefWindowProcW, 0, 0, GetModuleHandleW(nullptr), nullptr, nullptr, nullptr, nullptr, L"PictureHost"};
         RegisterClassW(&wc); // a second stage finds it registered
-        // A popup's client area is the whole window. Never activated, Wine hands it to no window
-        // manager (whose absence costs two seconds at every destruction).
+        // A popup: its client area is the whole window. Never activated: Wine hands it to no window manager.
         m_hWnd = CreateWindowExW(0, wc.lpszClassName, L"host", WS_POPUP, 0, 0, nWidth, nHeight, nullptr, nullptr, wc.hInstance, nullptr);
         ShowWindow(m_hWnd, SW_SHOWNOACTIVATE);
         m_viewer.Init();
@@ -42,7 +39,6 @@ public:
         CMessagePump::PumpFor(0);
         CoUninitialize();
     }
-    // Opens and lets the window paint what it shows now.
     HRESULT Open(const std::wstring& path, DWORD dwOpenFlags = 0, DWORD dwPlaybackFlags = 0)
     {
         const HRESULT hr = m_viewer.OpenFile(path.c_str(), dwOpenFlags, dwPlaybackFlags);

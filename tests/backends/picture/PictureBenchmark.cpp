@@ -1,13 +1,11 @@
-// Figures, not tests: per format, the time from OpenFile until the picture window has painted it (the
-// first open, the median of the later ones) beside GDI+ alone; and the frames and times of the
-// cross-fade. Nothing here fails on timing. Run: picture_benchmark.exe [opens per format] [fades]
+// Figures, not tests: per format, OpenFile until the picture is painted, beside GDI+ alone; the cross-fade's
+// frames and times. Nothing fails on timing. Run: picture_benchmark.exe [opens per format] [fades]
 #include <windows.h>
 #include <gdiplus.h>
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
-
 #include "CPictureFiles.h"
 #include "CPictureStage.h"
 #include "engine/TessalyContract.h"
@@ -19,8 +17,7 @@ const int kHostWidth = 640, kHostHeight = 480, kWidth = 320, kHeight = 240, kIco
 double Now()
 {
     LARGE_INTEGER now, frequency;
-    QueryPerformanceCounter(&now), QueryPerformanceFrequency(&frequency);
-    return 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
+    return QueryPerformanceCounter(&now), QueryPerformanceFrequency(&frequency), 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
 double Median(std::vector<double> values) // of all but the first, which warms the codec
@@ -33,8 +30,7 @@ double Median(std::vector<double> values) // of all but the first, which warms t
 double BareLoadAndDraw(const std::wstring& path, HWND hWnd)
 {
     RECT rc;
-    GetClientRect(hWnd, &rc);
-    const double dStart = Now();
+    const double dStart = (GetClientRect(hWnd, &rc), Now());
     Gdiplus::Image image(path.c_str());
     const UINT uWidth = image.GetWidth(), uHeight = image.GetHeight();
     if (image.GetLastStatus() != Gdiplus::Ok || !uWidth || !uHeight)
@@ -43,8 +39,7 @@ double BareLoadAndDraw(const std::wstring& path, HWND hWnd)
     const int nWidth = static_cast<int>(uWidth * dScale), nHeight = static_cast<int>(uHeight * dScale);
     HDC hdc = GetDC(hWnd);
     Gdiplus::Graphics(hdc).DrawImage(&image, (rc.right - nWidth) / 2, (rc.bottom - nHeight) / 2, nWidth, nHeight);
-    ReleaseDC(hWnd, hdc);
-    GdiFlush();
+    ReleaseDC(hWnd, hdc), GdiFlush();
     return Now() - dStart;
 }
 
@@ -58,9 +53,8 @@ void MeasureOpens(const CPictureFiles& files, int nOpens)
     std::vector<std::wstring> paths; // all written before any is opened
     for (const wchar_t* pwszName : {L"a.bmp", L"a.dib", L"a.jpg", L"a.jpeg", L"a.jpe", L"a.jfif", L"a.png", L"a.tif", L"a.tiff"})
         paths.push_back(files.Encode(pwszName, kWidth, kHeight, gradient));
-    paths.push_back(files.Icon(L"a.ico", kIconSize, RGB(255, 160, 0)));
-    paths.push_back(files.WindowsMetafile(L"a.wmf", kWidth, kHeight, RGB(255, 160, 0)));
-    paths.push_back(files.EnhancedMetafile(L"a.emf", kWidth, kHeight, RGB(255, 160, 0)));
+    paths.insert(paths.end(), {files.Icon(L"a.ico", kIconSize, RGB(255, 160, 0)), files.WindowsMetafile(L"a.wmf", kWidth, kHeight, RGB(255, 160, 0)),
+                               files.EnhancedMetafile(L"a.emf", kWidth, kHeight, RGB(255, 160, 0))});
     for (const std::wstring& path : paths)
     {
         const std::string file(path.begin() + path.find_last_of(L'\\') + 1, path.end());
@@ -79,21 +73,17 @@ void MeasureOpens(const CPictureFiles& files, int nOpens)
             opens.push_back(Now() - dStart);
             CMessagePump::PumpFor(0);
         }
-        if (FAILED(hr))
-        {
-            std::printf("%-8s %9lu %9s OpenFile failed 0x%08lx\n", file.c_str(), nBytes, "-", static_cast<unsigned long>(hr));
+        if (FAILED(hr) && std::printf("%-8s %9lu %9s OpenFile failed 0x%08lx\n", file.c_str(), nBytes, "-", static_cast<unsigned long>(hr)))
             continue;
-        }
         DWORD dwWidth = 0, dwHeight = 0;
         viewer.GetFileInfo(nullptr, nullptr, nullptr, &dwWidth, &dwHeight, nullptr);
         for (double dBare; static_cast<int>(bare.size()) < nOpens && (dBare = BareLoadAndDraw(path, viewer.PictureWindow())) >= 0;)
             bare.push_back(dBare);
         const double dOpen = Median(opens), dBare = Median(bare);
         char szSize[32], szPainted[32], szBare[32] = "not one", szRatio[32] = "-";
-        std::snprintf(szSize, sizeof(szSize), "%lux%lu", static_cast<unsigned long>(dwWidth), static_cast<unsigned long>(dwHeight));
-        std::snprintf(szPainted, sizeof(szPainted), "%d/%d", nPainted, nOpens);
+        std::snprintf(szSize, 32, "%lux%lu", dwWidth, dwHeight), std::snprintf(szPainted, 32, "%d/%d", nPainted, nOpens);
         if (dBare > 0)
-            std::snprintf(szBare, sizeof(szBare), "%.1f ms", dBare), std::snprintf(szRatio, sizeof(szRatio), "%.2f", dOpen / dBare);
+            std::snprintf(szBare, 32, "%.1f ms", dBare), std::snprintf(szRatio, 32, "%.2f", dOpen / dBare);
         std::printf("%-8s %9lu %9s %8.1f ms %10.1f ms %8s %12s %6s\n", file.c_str(), nBytes, szSize, opens[0], dOpen, szPainted, szBare, szRatio);
         std::fflush(stdout);
     }
@@ -120,11 +110,8 @@ void MeasureFades(const CPictureFiles& files, int nFades)
         double row[5] = {0, viewer.FadeTimerOn() ? Now() - dStart : -1.0, -1.0, -1.0, -1.0}; // frames, prepared, first, last, end
         for (MSG msg; SUCCEEDED(hr) && viewer.Fading() && Now() - dStart < 5000;) // a host's loop, the frames told apart
         {
-            if (!PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
-            {
-                MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT);
+            if (!PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE) && MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT) != WAIT_FAILED)
                 continue;
-            }
             const bool bFrame = msg.message == WM_PAINT && msg.hwnd == viewer.PictureWindow() && viewer.FadeTimerOn();
             DispatchMessageW(&msg);
             const double dNow = Now() - dStart; // after the window's own handling: the frame is on the screen
@@ -133,11 +120,8 @@ void MeasureFades(const CPictureFiles& files, int nFades)
             row[4] = viewer.Fading() ? -1.0 : dNow;
         }
         CMessagePump::PumpFor(50); // the paint that shows the new picture after the fade
-        if (FAILED(hr) || row[4] < 0)
-        {
-            std::printf("%-8d %7.0f the fade failed (0x%08lx) or had not ended after 5000 ms\n", i, row[0], static_cast<unsigned long>(hr));
+        if ((FAILED(hr) || row[4] < 0) && std::printf("%-8d %7.0f the fade failed (0x%08lx) or had not ended after 5000 ms\n", i, row[0], static_cast<unsigned long>(hr)))
             continue;
-        }
         for (int c = 0; c < 5; ++c)
             columns[c].push_back(row[c]);
         std::printf("%-8d %7.0f %8.1f ms %10.1f ms %9.1f ms %9.1f ms\n", i, row[0], row[1], row[2], row[3], row[4]);
@@ -152,8 +136,7 @@ void MeasureFades(const CPictureFiles& files, int nFades)
 
 int main(int argc, char** argv)
 {
-    // The files are encoded before any engine object starts GDI+: the program holds a start of its own.
-    Gdiplus::GdiplusStartupInput input;
+    Gdiplus::GdiplusStartupInput input; // the files are encoded before any engine object starts GDI+
     ULONG_PTR ulToken = 0;
     if (Gdiplus::GdiplusStartup(&ulToken, &input, nullptr) != Gdiplus::Ok)
         return std::printf("GDI+ did not start\n"), 1;
@@ -162,6 +145,5 @@ int main(int argc, char** argv)
         MeasureOpens(files, argc > 1 ? std::max(2, std::atoi(argv[1])) : 10);
         MeasureFades(files, argc > 2 ? std::max(1, std::atoi(argv[2])) : 5);
     }
-    Gdiplus::GdiplusShutdown(ulToken);
-    return 0;
+    return Gdiplus::GdiplusShutdown(ulToken), 0;
 }
