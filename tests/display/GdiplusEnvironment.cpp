@@ -1,23 +1,14 @@
-// GDI+ runs for the whole test program, as the engine's module keeps it running for the
-// information window's cover art; this is the one place that starts it.
+// GDI+ runs for the whole program, as the engine's module keeps it running for the cover art.
 #include <windows.h>
-
 #include <gdiplus.h>
 #include <gtest/gtest.h>
 
-namespace {
-
 struct CGdiplusEnvironment : ::testing::Environment
 {
-    void SetUp() override
-    {
-        Gdiplus::GdiplusStartupInput input;
-        ASSERT_EQ(Gdiplus::Ok, Gdiplus::GdiplusStartup(&token, &input, nullptr));
-    }
+    void SetUp() override { ASSERT_EQ(Gdiplus::Ok, Gdiplus::GdiplusStartup(&token, &input, nullptr)); }
     void TearDown() override { Gdiplus::GdiplusShutdown(token); }
+    Gdiplus::GdiplusStartupInput input;
     ULONG_PTR token = 0;
 };
 
-::testing::Environment* const g_pGdiplus = ::testing::AddGlobalTestEnvironment(new CGdiplusEnvironment);
-
-} // namespace
+static ::testing::Environment* const g_pGdiplus = ::testing::AddGlobalTestEnvironment(new CGdiplusEnvironment);

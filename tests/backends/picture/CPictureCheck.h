@@ -1,29 +1,18 @@
-// What a window shows of a picture: one colour inside the rectangle where the picture should
-// land, black everywhere outside it. A seam along its edges is left out: the scaler blends a
-// picture's edge with what lies beyond it over about a source pixel and a half.
+// A window shows one colour inside the rectangle where a picture should land, black outside, bar a seam
+// along its edges where the scaler blends the picture's edge over about a source pixel and a half.
 #pragma once
 
-#include <windows.h>
-
 #include <gtest/gtest.h>
-
 #include "CWindowPixels.h"
 
 inline ::testing::AssertionResult ShowsPictureAt(HWND hWnd, const RECT& rc, COLORREF cr, int nSeam = 2)
 {
     const CWindowPixels pixels(hWnd);
-    int nInsideWrong = 0, nOutsideWrong = 0;
-    for (int y = 0; y < pixels.Height(); ++y)
-    {
-        for (int x = 0; x < pixels.Width(); ++x)
-        {
-            const bool bInside = x >= rc.left + nSeam && x < rc.right - nSeam && y >= rc.top + nSeam && y < rc.bottom - nSeam;
-            const bool bOutside = x < rc.left - nSeam || x >= rc.right + nSeam || y < rc.top - nSeam || y >= rc.bottom + nSeam;
-            nInsideWrong += bInside && pixels.At(x, y) != cr;
-            nOutsideWrong += bOutside && pixels.At(x, y) != RGB(0, 0, 0);
-        }
-    }
-    return nInsideWrong + nOutsideWrong == 0 ? ::testing::AssertionSuccess()
-                                             : ::testing::AssertionFailure() << nInsideWrong << " pixels inside are not 0x" << std::hex
-                                                                             << cr << ", " << std::dec << nOutsideWrong << " outside not black";
+    const RECT rcAll = {0, 0, pixels.Width(), pixels.Height()};
+    RECT rcSeam = {rc.left - nSeam, rc.top - nSeam, rc.right + nSeam, rc.bottom + nSeam};
+    IntersectRect(&rcSeam, &rcSeam, &rcAll);
+    const int nInside = pixels.CountOther({rc.left + nSeam, rc.top + nSeam, rc.right - nSeam, rc.bottom - nSeam}, cr);
+    const int nOutside = pixels.CountOther(rcAll, RGB(0, 0, 0)) - pixels.CountOther(rcSeam, RGB(0, 0, 0));
+    return nInside + nOutside == 0 ? ::testing::AssertionSuccess()
+                                   : ::testing::AssertionFailure() << nInside << " pixels inside are not 0x" << std::hex << cr << ", " << std::dec << nOutside << " outside not black";
 }
