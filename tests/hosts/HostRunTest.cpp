@@ -55,7 +55,6 @@ public:
         CloseHandle(si.hStdOutput), CloseHandle(si.hStdError);
     }
     ~CChild() { TerminateProcess(m_pi.hProcess, ~0u), CloseHandle(m_pi.hThread), CloseHandle(m_pi.hProcess); }
-    DWORD Id() const { return m_pi.dwProcessId; }
     Result Finish() // a program still running after two minutes hangs: killed, exit code -1
     {
         if (WaitForSingleObject(m_pi.hProcess, 120000) == WAIT_TIMEOUT)
@@ -111,38 +110,15 @@ std::vector<std::string> Steps(const std::string& log)
     return lines;
 }
 
-// The player's window once its title names the file it plays; null if it never does.
-HWND WaitForTitle(DWORD dwProcessId, const std::wstring& prefix)
-{
-    struct Search
-    {
-        DWORD dwProcessId;
-        std::wstring prefix;
-        HWND hFound;
-    } search = {dwProcessId, prefix, nullptr};
-    for (int i = 0; i < 6000 && !search.hFound; ++i, Sleep(search.hFound ? 0 : 10)) // a minute: a guard against a hang
-        EnumWindows(
-            [](HWND hWnd, LPARAM lParam) -> BOOL {
-                auto* p = reinterpret_cast<Search*>(lParam);
-                DWORD dwId = 0;
-                wchar_t wszTitle[256] = {};
-                GetWindowThreadProcessId(hWnd, &dwId);
-                if (dwId == p->dwProcessId && GetWindowTextW(hWnd, wszTitle, 256) &&
-                    std::wstring(wszTitle).compare(0, p->prefix.size(), p->prefix) == 0)
-                    p->hFound = hWnd;
-                return !p->hFound;
-            },
-            reinterpret_cast<LPARAM>(&search));
-    return search.hFound;
-}
-
 TEST(PlayerRun, KeysPauseResumeSeekAndSkipAFileThatCannotBeOpenedIsReportedAndTheListPlaysToItsEnd)
 {
     CTempFolder temp;
     const std::wstring first = temp.CopyIn(Media(L"stereo.wma"), L"first.wma"), notes = temp.Write(L"notes.txt", "x"),
                        last = temp.CopyIn(Media(L"tone.wav"), L"last.wav");
     CChild player(kPlayer + L"--log --exit-after-complete " + Q(first) + L" " + Q(notes) + L" " + Q(last));
-    const HWND hWnd = WaitForTitle(player.Id(), L"first - ");
+    HWND hWnd = nullptr; // the player's window once its title names the first file; a minute guards against a hang
+    for (int i = 0; i < 6000 && !(hWnd = FindWindowW(nullptr, L"first - Tessaly Player")); ++i)
+        Sleep(10);
     ASSERT_NE(nullptr, hWnd) << player.Finish().output;
     for (WPARAM vk : {VK_SPACE, VK_SPACE, VK_LEFT, VK_NEXT}) // as the keyboard delivers them, wherever the focus is
         PostMessageW(hWnd, WM_KEYDOWN, vk, 0);
