@@ -58,13 +58,8 @@ struct CReader
                     Expect(',');
                 if (c == '[')
                     v.items.push_back(Value());
-                else
-                {
-                    const std::string name = Text();
-                    Expect(':');
-                    if (!v.members.emplace(name, Value()).second)
-                        Fail("duplicate member");
-                }
+                else if (const std::string name = Text(); (Expect(':'), !v.members.emplace(name, Value()).second))
+                    Fail("duplicate member");
             }
             ++n;
         }
