@@ -1,5 +1,5 @@
 // The host programs' parts on their own: the probe's file list and its reports read back as their
-// readers would (JSON by a strict parser), options, result names, the player's playlist and panel.
+// readers would (JSON by a strict parser), options, the player's playlist and panel.
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -10,7 +10,6 @@
 
 #include "CJsonValue.h"
 #include "CTempFolder.h"
-#include "hosts/common/CResultCode.h"
 #include "hosts/player/CCoverArtFinder.h"
 #include "hosts/player/CInfoPanel.h"
 #include "hosts/player/CMediaTitle.h"
@@ -87,8 +86,7 @@ TEST(JsonReport, EntriesCarryAnyPathWhatTheEngineAnsweredFailuresTheirCodeAndThe
     EXPECT_EQ((std::vector<double>{2.0, 320, 240, 1234, 3}), (std::vector<double>{clip["duration"].number, clip["width"].number,
                                                                                   clip["height"].number, clip["bytes"].number, files[3]["mask"].number}));
     EXPECT_FALSE(notes["ok"].b || notes["message"].text.empty());
-    EXPECT_FALSE(notes.Has("duration")) << "no answer is not an answer of zero";
-    EXPECT_EQ(CJsonValue::Null, notes["bytes"].kind);
+    EXPECT_TRUE(!notes.Has("duration") && notes["bytes"].kind == CJsonValue::Null) << "no answer is not an answer of zero";
     EXPECT_EQ((std::vector<double>{4, 2, 2, 3.0, 8.0}),
               (std::vector<double>{summary["files"].number, summary["succeeded"].number, summary["failed"].number,
                                    summary["mediaSeconds"].number, summary["queriesPerSecond"].number}));
@@ -150,13 +148,6 @@ TEST(Options, SwitchesAndPathsComeInAnyOrderAndMistakesAreRefusedWithAMessage)
     }
 }
 
-TEST(ResultCode, AWellKnownNameWinsOverTheWindowsFormAndAnUnnamedCodeIsShownAsItsValueWithASentence)
-{
-    EXPECT_EQ(L"E_ACCESSDENIED", CResultCode::Name(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED)));
-    EXPECT_EQ(L"0x8004A0FF", CResultCode::Name(static_cast<HRESULT>(0x8004A0FF)));
-    EXPECT_FALSE(CResultCode::Message(static_cast<HRESULT>(0x8004A0FF)).empty()) << "never an empty status line";
-}
-
 TEST(Playlist, PlaysToTheEndTakesFilesAddedAfterItAndPreviousStopsAtTheFirstOrComesBackFromTheEnd)
 {
     CPlaylist playlist;
@@ -165,12 +156,10 @@ TEST(Playlist, PlaysToTheEndTakesFilesAddedAfterItAndPreviousStopsAtTheFirstOrCo
     EXPECT_TRUE(playlist.MovePrevious());
     EXPECT_EQ(L"a", playlist.Current());
     EXPECT_TRUE(playlist.MoveNext());
-    EXPECT_FALSE(playlist.MoveNext() || playlist.HasCurrent()) << "the end";
-    EXPECT_EQ(L"", playlist.Current());
+    EXPECT_FALSE(playlist.MoveNext() || playlist.HasCurrent() || !playlist.Current().empty()) << "the end";
     EXPECT_TRUE(playlist.MovePrevious());
     EXPECT_EQ(L"b", playlist.Current());
     playlist.MoveNext(), playlist.Add(L"c"); // dropped in after the end
-    ASSERT_TRUE(playlist.HasCurrent());
     EXPECT_EQ(L"c", playlist.Current());
     EXPECT_EQ(2u, playlist.CurrentIndex());
 }
@@ -193,7 +182,6 @@ TEST(InfoPanel, TitleCoverPictureFolderAndPlaceOfTheFileAndLongTextCutToItsField
     EXPECT_EQ(folder, CCoverArtFinder::Find(other));
     const std::wstring picture = temp.Write(L"album.2020\\track.jpg", "x"); // a folder's "extension"
     EXPECT_EQ(picture, CCoverArtFinder::Find(temp.Write(L"album.2020\\track", "x")));
-    EXPECT_EQ(L"Night Drive", CMediaTitle::Of(song)) << "untagged: the file's name";
     const TESSALY_MEDIA_INFO info = CInfoPanel::Describe({song, 125.4, 1, 3}); // its own picture wins
     EXPECT_EQ(L"Night Drive", Text(info.wszTitle));
     EXPECT_EQ(L"Album", Text(info.wszChannelName));

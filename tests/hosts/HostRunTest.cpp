@@ -1,6 +1,5 @@
-// The probe and the player run as a user runs them, through the registered engine: what the
-// programs themselves add, their output, exit codes, options and keys (the engine's own answers
-// and playback are checked below them).
+// The probe and the player run as a user runs them, through the registered engine: what the programs
+// add, their output, exit codes, options and keys (the engine's answers are checked below them).
 #include <windows.h>
 
 #include <gtest/gtest.h>
@@ -14,14 +13,11 @@
 #include "CTempFolder.h"
 #include "hosts/common/CUtf8.h"
 
-#define TESSALY_WIDEN2(x) L##x
-#define TESSALY_WIDEN(x) TESSALY_WIDEN2(x)
-
 namespace {
 
 std::wstring Q(const std::wstring& s) { return L"\"" + s + L"\""; }
-std::wstring Media(const wchar_t* pwszName) { return TESSALY_WIDEN(TESSALY_MEDIA_DIR) L"\\" + std::wstring(pwszName); }
-const std::wstring kProbe = Q(TESSALY_WIDEN(TESSALY_PROBE_PATH)) + L" ", kPlayer = Q(TESSALY_WIDEN(TESSALY_PLAYER_PATH)) + L" ";
+std::wstring Media(const wchar_t* pwszName) { return CUtf8::ToWide(TESSALY_MEDIA_DIR "\\") + pwszName; }
+const std::wstring kProbe = Q(CUtf8::ToWide(TESSALY_PROBE_PATH)) + L" ", kPlayer = Q(CUtf8::ToWide(TESSALY_PLAYER_PATH)) + L" ";
 std::string U(const std::wstring& s) { return CUtf8::FromWide(s); }
 
 std::string Read(const std::wstring& path)
@@ -92,8 +88,7 @@ TEST(ProbeRun, JsonListsEachFileOfAFolderAndEachMissingNameAndTheExitCodeTellsTh
     EXPECT_TRUE(bad.output.empty());
 }
 
-// The log's lines without their time stamps and progress ticks, nor what is not the player's to
-// choose: the duration the engine answers, the sentence of an error.
+// The log's lines without time stamps, progress ticks, the engine's durations and error sentences.
 std::vector<std::string> Steps(const std::string& log)
 {
     std::vector<std::string> steps;
