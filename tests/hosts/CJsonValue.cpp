@@ -4,144 +4,88 @@
 #include <cstring>
 #include <stdexcept>
 
-class CJsonValue::CReader
-{
-public:
-    explicit CReader(const std::string& text) : m_text(text) {}
-    CJsonValue Document()
-    {
-        CJsonValue value = Value();
-        if (Peek(true))
-            Fail("text after the document");
-        return value;
-    }
+namespace {
 
-private:
-    [[noreturn]] void Fail(const char* pszWhat) const
+struct CReader
+{
+    const std::string& s;
+    size_t n = 0;
+
+    [[noreturn]] void Fail(const char* pszWhat) const { throw std::runtime_error(pszWhat + (" at " + std::to_string(n))); }
+    char Peek() // the next character after white space; 0 at the end
     {
-        throw std::runtime_error(std::string(pszWhat) + " at offset " + std::to_string(m_nPos));
-    }
-    // The next character after white space; at the end, 0 if allowed.
-    char Peek(bool bEndAllowed = false)
-    {
-        while (m_nPos < m_text.size() && strchr(" \n\r\t", m_text[m_nPos]) && m_text[m_nPos])
-            ++m_nPos;
-        if (m_nPos >= m_text.size() && !bEndAllowed)
-            Fail("unexpected end");
-        return m_nPos < m_text.size() ? m_text[m_nPos] : 0;
+        while (n < s.size() && strchr(" \n\r\t", s[n]))
+            ++n;
+        return n < s.size() ? s[n] : 0;
     }
     void Expect(char c)
     {
         if (Peek() != c)
             Fail("unexpected character");
-        ++m_nPos;
+        ++n;
     }
-    bool Literal(const std::string& word)
+    std::string Text()
     {
-        const bool bFound = m_text.compare(m_nPos, word.size(), word) == 0;
-        m_nPos += bFound ? word.size() : 0;
-        return bFound;
-    }
-    // Reads the items of an array or the members of an object up to the closing bracket.
-    template <class ReadOne>
-    void List(char cOpen, char cClose, ReadOne readOne)
-    {
-        Expect(cOpen);
-        if (Peek() == cClose)
-            return void(++m_nPos);
-        for (readOne(); Peek() != cClose; readOne())
-            Expect(',');
-        ++m_nPos;
-    }
-    CJsonValue Value()
-    {
-        CJsonValue value;
-        const char c = Peek();
-        if (c == '{')
-        {
-            value.kind = Object;
-            List('{', '}', [&] {
-                if (Peek() != '"')
-                    Fail("member name expected");
-                const std::string name = String();
-                Expect(':');
-                if (!value.members.emplace(name, Value()).second)
-                    Fail("duplicate member");
-            });
-        }
-        else if (c == '[')
-        {
-            value.kind = Array;
-            List('[', ']', [&] { value.items.push_back(Value()); });
-        }
-        else if (c == '"')
-        {
-            value.kind = CJsonValue::String;
-            value.text = String();
-        }
-        else if (Literal("true") || Literal("false"))
-        {
-            value.kind = Bool;
-            value.b = m_text[m_nPos - 1] == 'e' && m_text[m_nPos - 2] == 'u';
-        }
-        else if (!Literal("null"))
-        {
-            value.kind = Number;
-            const char* pszStart = m_text.c_str() + m_nPos;
-            char* pszEnd = nullptr;
-            value.number = strtod(pszStart, &pszEnd);
-            if (pszEnd == pszStart)
-                Fail("not a value");
-            m_nPos += static_cast<size_t>(pszEnd - pszStart);
-        }
-        return value;
-    }
-    std::string String()
-    {
-        Expect('"');
+        static const char kFrom[] = "\"\\/nrtbf", kTo[] = "\"\\/\n\r\t\b\f";
         std::string out;
-        while (m_nPos < m_text.size() && m_text[m_nPos] != '"')
+        for (Expect('"'); n < s.size() && s[n] != '"'; ++n)
         {
-            const unsigned char c = static_cast<unsigned char>(m_text[m_nPos++]);
-            if (c < 0x20)
-                Fail("raw control character in a string");
-            if (c != '\\')
-            {
-                out += static_cast<char>(c);
-                continue;
-            }
-            const char e = m_nPos < m_text.size() ? m_text[m_nPos++] : 0;
-            static const char kFrom[] = "\"\\/nrtbf", kTo[] = "\"\\/\n\r\t\b\f";
-            if (e && strchr(kFrom, e))
-                out += kTo[strchr(kFrom, e) - kFrom];
-            else if (e == 'u' && m_nPos + 4 <= m_text.size())
-            {
-                const unsigned long u = strtoul(m_text.substr(m_nPos, 4).c_str(), nullptr, 16);
-                m_nPos += 4;
-                if (u >= 0x80)
-                    Fail("\\u escape above ASCII is not expected from the probe");
-                out += static_cast<char>(u);
-            }
+            if (static_cast<unsigned char>(s[n]) < 0x20)
+                Fail("raw control character");
+            if (s[n] != '\\')
+                out += s[n];
+            else if (++n < s.size() && s[n] && strchr(kFrom, s[n]))
+                out += kTo[strchr(kFrom, s[n]) - kFrom];
+            else if (s.compare(n, 1, "u") == 0 && n + 5 <= s.size() && strtoul(s.substr(n + 1, 4).c_str(), nullptr, 16) < 0x80)
+                out += static_cast<char>(strtoul(s.substr(n + 1, 4).c_str(), nullptr, 16)), n += 4;
             else
-                Fail("unknown or unfinished escape");
+                Fail("unknown escape, or \\u above ASCII (the probe writes UTF-8)");
         }
         Expect('"');
         return out;
     }
-
-    const std::string& m_text;
-    size_t m_nPos = 0;
+    bool Word(const char* psz) { return s.compare(n, strlen(psz), psz) == 0 && (n += strlen(psz)); }
+    CJsonValue Value()
+    {
+        CJsonValue v;
+        const char c = Peek();
+        if (c == '{' || c == '[')
+        {
+            v.kind = c == '{' ? CJsonValue::Object : CJsonValue::Array;
+            for (++n; Peek() != (c == '{' ? '}' : ']');)
+            {
+                if (!v.items.empty() || !v.members.empty())
+                    Expect(',');
+                if (c == '[')
+                    v.items.push_back(Value());
+                else if (const std::string name = Text(); (Expect(':'), !v.members.emplace(name, Value()).second))
+                    Fail("duplicate member");
+            }
+            ++n;
+        }
+        else if (c == '"')
+            v.kind = CJsonValue::String, v.text = Text();
+        else if (Word("true") || Word("false"))
+            v.kind = CJsonValue::Bool, v.b = s[n - 1] == 'e' && s[n - 2] == 'u';
+        else if (!Word("null"))
+        {
+            if (!c || !strchr("-0123456789", c))
+                Fail("not a value");
+            char* pszEnd = nullptr;
+            v.kind = CJsonValue::Number, v.number = strtod(s.c_str() + n, &pszEnd);
+            n = static_cast<size_t>(pszEnd - s.c_str());
+        }
+        return v;
+    }
 };
+
+} // namespace
 
 CJsonValue CJsonValue::Parse(const std::string& text)
 {
-    return CReader(text).Document();
-}
-
-const CJsonValue& CJsonValue::operator[](const std::string& name) const
-{
-    auto it = members.find(name);
-    if (it == members.end())
-        throw std::runtime_error("no member " + name);
-    return it->second;
+    CReader reader{text};
+    CJsonValue value = reader.Value();
+    if (reader.Peek())
+        reader.Fail("text after the document");
+    return value;
 }

@@ -1,31 +1,21 @@
-// Reads back what the probe writes: a small, strict JSON reader, so a test fails on output that
-// another program could not parse rather than on text that merely looks right.
+// A small, strict JSON reader, so a test fails on output another program could not parse.
 #pragma once
 
 #include <map>
-#include <memory>
 #include <string>
 #include <vector>
 
-class CJsonValue
+struct CJsonValue
 {
-public:
-    enum Kind { Null, Bool, Number, String, Array, Object };
-
-    // Throws std::runtime_error on anything that is not one complete JSON document.
-    static CJsonValue Parse(const std::string& text);
-
-    Kind kind = Null;
+    enum Kind { Null, Bool, Number, String, Array, Object } kind = Null;
     bool b = false;
     double number = 0.0;
     std::string text; // UTF-8
     std::vector<CJsonValue> items;
     std::map<std::string, CJsonValue> members;
 
+    // Throws std::runtime_error on anything that is not one complete JSON document.
+    static CJsonValue Parse(const std::string& text);
     bool Has(const std::string& name) const { return members.count(name) != 0; }
-    // The member of that name; throws when it is missing.
-    const CJsonValue& operator[](const std::string& name) const;
-
-private:
-    class CReader;
+    const CJsonValue& operator[](const std::string& name) const { return members.at(name); } // throws when missing
 };

@@ -1,6 +1,8 @@
 #include "CTempFolder.h"
 
 #include <windows.h>
+#include <shellapi.h>
+#include <shlobj.h>
 
 CTempFolder::CTempFolder()
 {
@@ -14,7 +16,9 @@ CTempFolder::CTempFolder()
 
 CTempFolder::~CTempFolder()
 {
-    Remove(m_root);
+    const std::wstring from = m_root + L'\0'; // the list of one that the shell reads
+    SHFILEOPSTRUCTW op = {nullptr, FO_DELETE, from.c_str(), nullptr, FOF_NOCONFIRMATION | FOF_NOERRORUI | FOF_SILENT, FALSE, nullptr, nullptr};
+    SHFileOperationW(&op);
 }
 
 std::wstring CTempFolder::Path(const std::wstring& relative) const
@@ -24,49 +28,23 @@ std::wstring CTempFolder::Path(const std::wstring& relative) const
 
 std::wstring CTempFolder::MakeFolder(const std::wstring& relative) const
 {
-    for (size_t nSlash = relative.find(L'\\'); nSlash != std::wstring::npos; nSlash = relative.find(L'\\', nSlash + 1))
-        CreateDirectoryW(Path(relative.substr(0, nSlash)).c_str(), nullptr);
-    CreateDirectoryW(Path(relative).c_str(), nullptr);
+    SHCreateDirectoryExW(nullptr, Path(relative).c_str(), nullptr);
     return Path(relative);
 }
 
 std::wstring CTempFolder::Write(const std::wstring& relative, const std::string& bytes) const
 {
-    if (relative.find(L'\\') != std::wstring::npos)
-        MakeFolder(relative.substr(0, relative.find_last_of(L'\\')));
+    MakeFolder(relative.substr(0, relative.find_last_of(L'\\') + 1));
     HANDLE hFile = CreateFileW(Path(relative).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     DWORD cbWritten = 0;
-    if (hFile != INVALID_HANDLE_VALUE)
-    {
-        WriteFile(hFile, bytes.data(), static_cast<DWORD>(bytes.size()), &cbWritten, nullptr);
-        CloseHandle(hFile);
-    }
+    WriteFile(hFile, bytes.data(), static_cast<DWORD>(bytes.size()), &cbWritten, nullptr);
+    CloseHandle(hFile);
     return Path(relative);
 }
 
 std::wstring CTempFolder::CopyIn(const std::wstring& source, const std::wstring& relative) const
 {
-    if (relative.find(L'\\') != std::wstring::npos)
-        MakeFolder(relative.substr(0, relative.find_last_of(L'\\')));
+    MakeFolder(relative.substr(0, relative.find_last_of(L'\\') + 1));
     CopyFileW(source.c_str(), Path(relative).c_str(), FALSE);
     return Path(relative);
-}
-
-void CTempFolder::Remove(const std::wstring& path)
-{
-    WIN32_FIND_DATAW fd;
-    HANDLE hFind = FindFirstFileW((path + L"\\*").c_str(), &fd);
-    for (BOOL bMore = hFind != INVALID_HANDLE_VALUE; bMore; bMore = FindNextFileW(hFind, &fd))
-    {
-        const std::wstring name = fd.cFileName, full = path + L"\\" + name;
-        if (name == L"." || name == L"..")
-            continue;
-        if (fd.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY)
-            Remove(full);
-        else
-            DeleteFileW(full.c_str());
-    }
-    if (hFind != INVALID_HANDLE_VALUE)
-        FindClose(hFind);
-    RemoveDirectoryW(path.c_str());
 }

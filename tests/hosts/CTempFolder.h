@@ -1,5 +1,5 @@
 // A folder of the test's own under the system's temporary folder, removed with everything in it
-// when the test ends.
+// when the test ends. Paths inside it are relative ("a\\b.wav"); folders on the way are made.
 #pragma once
 
 #include <string>
@@ -12,14 +12,11 @@ public:
     CTempFolder(const CTempFolder&) = delete;
     CTempFolder& operator=(const CTempFolder&) = delete;
 
-    // The full path of a name inside the folder ("a\\b.wav"); no name: the folder itself.
-    std::wstring Path(const std::wstring& relative = std::wstring()) const;
-    // Writes a file (making the folders on its way) and returns its full path.
-    std::wstring Write(const std::wstring& relative, const std::string& bytes) const;
+    std::wstring Path(const std::wstring& relative = std::wstring()) const; // no name: the folder itself
+    std::wstring Write(const std::wstring& relative, const std::string& bytes) const; // answers the full path
     std::wstring CopyIn(const std::wstring& source, const std::wstring& relative) const;
     std::wstring MakeFolder(const std::wstring& relative) const;
 
 private:
-    static void Remove(const std::wstring& path);
     std::wstring m_root;
 };
