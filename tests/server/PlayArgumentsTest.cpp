@@ -1,5 +1,5 @@
-// The Play object's checks at the host boundary, with null, unreadable and read-only memory,
-// seen by a host that knows only the contract.
+// The objects' checks at the host boundary with null, unreadable and read-only memory, and the
+// nulls the contract allows carried from another apartment.
 #include <windows.h>
 #include <objbase.h>
 
@@ -12,41 +12,43 @@
 
 namespace {
 
-// Two pages: the first with the given protection, the second inaccessible, so a record can be
-// placed to end exactly where accessible memory ends.
-class GuardedPages
+// A page of the given protection followed by an inaccessible one: a record can end where access ends.
+class GuardedPage
 {
 public:
-    explicit GuardedPages(DWORD dwProtect)
+    explicit GuardedPage(DWORD dwProtect)
     {
-        m_pBase = static_cast<BYTE*>(VirtualAlloc(nullptr, 2 * kPage, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
         DWORD dwOld = 0;
-        VirtualProtect(m_pBase + kPage, kPage, PAGE_NOACCESS, &dwOld);
-        VirtualProtect(m_pBase, kPage, dwProtect, &dwOld);
+        VirtualProtect(m_pBase + 4096, 4096, PAGE_NOACCESS, &dwOld);
+        VirtualProtect(m_pBase, 4096, dwProtect, &dwOld);
     }
-    ~GuardedPages() { VirtualFree(m_pBase, 0, MEM_RELEASE); }
+    ~GuardedPage() { VirtualFree(m_pBase, 0, MEM_RELEASE); }
     template <class T>
-    T* EndingAtGuard(size_t cb = sizeof(T)) const { return reinterpret_cast<T*>(m_pBase + kPage - cb); }
-    static const size_t kPage = 4096;
+    T* EndingAtGuard(size_t cb = sizeof(T)) const { return reinterpret_cast<T*>(m_pBase + 4096 - cb); }
 
 private:
-    BYTE* m_pBase = nullptr;
+    BYTE* m_pBase = static_cast<BYTE*>(VirtualAlloc(nullptr, 8192, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE));
 };
+
+// The information windows among hParent's children: how many, and the last one found.
+std::pair<HWND, int> InfoWindowsOf(HWND hParent)
+{
+    std::pair<HWND, int> found(nullptr, 0);
+    EnumChildWindows(hParent, [](HWND hWnd, LPARAM lParam) -> BOOL {
+        WCHAR wsz[64];
+        auto* pFound = reinterpret_cast<std::pair<HWND, int>*>(lParam);
+        if (GetClassNameW(hWnd, wsz, 64) && lstrcmpW(wsz, L"INFOWND.Display.WndClass") == 0)
+            *pFound = {hWnd, pFound->second + 1};
+        return TRUE;
+    }, reinterpret_cast<LPARAM>(&found));
+    return found;
+}
 
 class PlayArguments : public CServerHost
 {
 protected:
     HRESULT Control(ULONG dwCode, ULONG cb = 0, BYTE* p = nullptr) { return m_play->PlaybackControl(dwCode, cb, p); }
-    // The information window comes with the first parent size other than the parent's own.
-    ComPtr<ITextDisplay> MakeInfoWindow()
-    {
-        EXPECT_EQ(S_OK, m_play->SetParentWindowSize(640, 480));
-        ComPtr<ITextDisplay> text;
-        EXPECT_EQ(S_OK, QueryTo(m_play, IID_ITextDisplay, text));
-        return text;
-    }
-    GuardedPages m_readOnly{PAGE_READONLY};
-    GuardedPages m_readWrite{PAGE_READWRITE};
+    GuardedPage m_readOnly{PAGE_READONLY}, m_readWrite{PAGE_READWRITE};
 };
 
 TEST_F(PlayArguments, OutputsAreCheckedBeforeAnythingIsWritten)
@@ -54,12 +56,11 @@ TEST_F(PlayArguments, OutputsAreCheckedBeforeAnythingIsWritten)
     ULONG count = 0, dwFlags = 0;
     LPWSTR* pList = nullptr;
     EXPECT_EQ(E_INVALIDARG, m_play->GetSupportedFileExt(nullptr, &pList));
-    EXPECT_EQ(E_INVALIDARG, m_play->GetSupportedFileExt(&count, nullptr));
     EXPECT_EQ(E_INVALIDARG, m_play->GetSupportedFileExt(m_readOnly.EndingAtGuard<ULONG>(), &pList));
     EXPECT_EQ(E_INVALIDARG, m_play->GetSupportedFileExt(&count, m_readOnly.EndingAtGuard<LPWSTR*>()));
     EXPECT_EQ(nullptr, pList);
     ASSERT_EQ(S_OK, m_play->GetSupportedFileExt(&count, &pList));
-    ReleasePlay(); // the list belongs to the host now
+    ReleasePlay(); // the list belongs to the host
     ASSERT_EQ(72u, count);
     EXPECT_STREQ(L".MP3", pList[0]);
     EXPECT_STREQ(L".ADTS", pList[71]);
@@ -68,58 +69,64 @@ TEST_F(PlayArguments, OutputsAreCheckedBeforeAnythingIsWritten)
     CoTaskMemFree(pList);
     ASSERT_EQ(S_OK, CoCreateInstance(CLSID_Play, nullptr, CLSCTX_INPROC_SERVER, IID_IPlay2, &m_play));
 
-    // GetState's outputs are optional, and each is checked just before it is written.
-    EXPECT_EQ(S_OK, m_play->GetState(nullptr, nullptr));
+    // GetState's outputs are optional, each checked just before it is written.
     TESSALY_PLAYBACK_STATE state = Playback_State_Busy;
     double dTime = -1.0;
-    EXPECT_EQ(S_OK, m_play->GetState(&state, &dTime));
-    EXPECT_EQ(Playback_State_Stop, state);
-    EXPECT_EQ(0.0, dTime);
-    dTime = -1.0;
+    EXPECT_EQ(S_OK, m_play->GetState(nullptr, nullptr));
     EXPECT_EQ(E_INVALIDARG, m_play->GetState(m_readOnly.EndingAtGuard<TESSALY_PLAYBACK_STATE>(), &dTime));
     EXPECT_EQ(-1.0, dTime);
-    state = Playback_State_Busy;
     EXPECT_EQ(E_INVALIDARG, m_play->GetState(&state, m_readOnly.EndingAtGuard<double>()));
     EXPECT_EQ(Playback_State_Stop, state) << "the state was already written";
+    EXPECT_EQ(S_OK, m_play->GetState(&state, &dTime));
+    EXPECT_EQ(0.0, dTime);
 
     // Before any open, file information is success even without a record, and writes nothing.
-    EXPECT_EQ(S_OK, m_play->GetFileInfo(nullptr));
     TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    EXPECT_EQ(S_OK, m_play->GetFileInfo(nullptr));
     EXPECT_EQ(S_OK, m_play->GetFileInfo(&info));
     EXPECT_EQ(7u, info.dwAttributeMask);
 
+    EXPECT_EQ(E_INVALIDARG, m_play->GetPlaybackFlags(nullptr));
     EXPECT_EQ(S_OK, m_play->GetPlaybackFlags(&dwFlags));
     EXPECT_EQ(TESSALY_PLAYBACK_FLAG_STRETCH, dwFlags);
     EXPECT_EQ(S_OK, m_play->SetPlaybackFlags(0xA5A50000));
     EXPECT_EQ(S_OK, m_play->GetPlaybackFlags(&dwFlags));
     EXPECT_EQ(0xA5A50000u, dwFlags) << "stored as given";
-    EXPECT_EQ(E_INVALIDARG, m_play->GetPlaybackFlags(nullptr));
 }
 
-TEST_F(PlayArguments, ControlCodesAndTheSeekPositionAreChecked)
+TEST_F(PlayArguments, ControlCodesTheSeekPositionAndTheOpenRecordAreChecked)
 {
-    for (ULONG code : {0ul, 4ul, 5ul, 7ul, 0xFFFFFFFFul})
-        EXPECT_EQ(TESSALY_E_NOTSUPPORTED, Control(code)) << code;
-    // Known codes go to the engine, which has nothing open.
-    for (ULONG code : {TESSALY_PLAYBACK_CONTROL_PLAY, TESSALY_PLAYBACK_CONTROL_PAUSE, TESSALY_PLAYBACK_CONTROL_STOP})
-        EXPECT_EQ(E_FAIL, Control(code)) << code;
-
     double dPosition = 1.0;
-    BYTE* p = reinterpret_cast<BYTE*>(&dPosition);
-    EXPECT_EQ(E_INVALIDARG, Control(TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 0, p));
-    EXPECT_EQ(E_INVALIDARG, Control(TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 8, nullptr));
-    EXPECT_EQ(E_INVALIDARG, Control(TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 8, m_readOnly.EndingAtGuard<BYTE>(4)))
-        << "the last four of the eight bytes are unreadable";
-    // One readable byte is enough for the check; the engine then refuses: nothing is open.
-    EXPECT_EQ(E_FAIL, Control(TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 1, p));
-    EXPECT_EQ(E_FAIL, Control(TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 8, p));
+    BYTE* const p = reinterpret_cast<BYTE*>(&dPosition);
+    const struct
+    {
+        ULONG dwCode, cb;
+        BYTE* pParam;
+        HRESULT hr;
+    } controls[] = {
+        {0, 0, nullptr, TESSALY_E_NOTSUPPORTED}, {4, 0, nullptr, TESSALY_E_NOTSUPPORTED}, {7, 8, p, TESSALY_E_NOTSUPPORTED},
+        {0xFFFFFFFF, 0, nullptr, TESSALY_E_NOTSUPPORTED},
+        {TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 0, p, E_INVALIDARG}, {TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 8, nullptr, E_INVALIDARG},
+        {TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 8, m_readOnly.EndingAtGuard<BYTE>(4), E_INVALIDARG}, // half unreadable
+        // Checks passed, the engine refuses: nothing is open. One readable byte passes the check.
+        {TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 1, p, E_FAIL}, {TESSALY_PLAYBACK_CONTROL_SEEKTOPOS, 8, p, E_FAIL},
+        {TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr, E_FAIL}, {TESSALY_PLAYBACK_CONTROL_PAUSE, 0, nullptr, E_FAIL},
+        {TESSALY_PLAYBACK_CONTROL_STOP, 0, nullptr, E_FAIL},
+    };
+    for (const auto& c : controls)
+        EXPECT_EQ(c.hr, Control(c.dwCode, c.cb, c.pParam)) << c.dwCode << " " << c.cb;
+
+    WCHAR song[] = L"C:\\Media\\song.mp3", notes[] = L"C:\\Media\\notes.txt";
+    TESSALY_FILEINFO info = {7, 7.0, 7, 7};
+    EXPECT_EQ(E_INVALIDARG, m_play->OpenFile(song, 0, 1, m_readOnly.EndingAtGuard<TESSALY_FILEINFO>()));
+    EXPECT_EQ(TESSALY_E_NOTSUPPORTED, m_play->OpenFile(notes, 0, 1, &info));
+    EXPECT_EQ(7u, info.dwAttributeMask);
+    EXPECT_EQ(S_OK, m_play->CloseFile()) << "closing with nothing open";
 }
 
 TEST_F(PlayArguments, TheParentMustBeAWindowOrNullAndItsNewSizeBringsOneHiddenInformationWindow)
 {
     LONG hWnd = 1;
-    EXPECT_EQ(S_OK, m_play->GetParentWindow(&hWnd));
-    EXPECT_EQ(HandleOf(m_parent), hWnd);
     HWND stale = CreateWindowExW(0, L"STATIC", L"gone", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr, nullptr, nullptr);
     DestroyWindow(stale);
     EXPECT_EQ(E_INVALIDARG, m_play->SetParentWindow(HandleOf(stale)));
@@ -158,14 +165,11 @@ TEST_F(PlayArguments, TextAndMediaCallsNeedTheInformationWindowThenRoundTripWith
     TESSALY_MEDIA_INFO empty = {};
     ComPtr<ITextDisplay> text;
     ASSERT_EQ(S_OK, QueryTo(m_play, IID_ITextDisplay, text));
-    EXPECT_EQ(E_FAIL, m_play->SetMediaInfo(&empty));
-    EXPECT_EQ(E_FAIL, text->SetGradientBkColor(1, 2, FALSE));
-    EXPECT_EQ(E_FAIL, text->SetTextColor(3, FALSE));
-    EXPECT_EQ(E_FAIL, text->SetFont(nullptr, FALSE));
-    EXPECT_EQ(E_FAIL, text->GetGradientBkColor(&crTop, &crBottom));
-    EXPECT_EQ(E_FAIL, text->GetTextColor(&crText));
+    for (HRESULT hr : {m_play->SetMediaInfo(&empty), text->SetGradientBkColor(1, 2, FALSE), text->SetTextColor(3, FALSE),
+                       text->SetFont(nullptr, FALSE), text->GetGradientBkColor(&crTop, &crBottom), text->GetTextColor(&crText)})
+        EXPECT_EQ(E_FAIL, hr);
 
-    text = MakeInfoWindow();
+    ASSERT_EQ(S_OK, m_play->SetParentWindowSize(640, 480));
     EXPECT_EQ(S_OK, text->GetGradientBkColor(&crTop, &crBottom));
     EXPECT_EQ(S_OK, text->GetTextColor(&crText));
     EXPECT_EQ((std::vector<ULONG>{0x660000, 0xFF0000, 0xFFFFFF}), (std::vector<ULONG>{crTop, crBottom, crText})) << "defaults";
@@ -174,70 +178,84 @@ TEST_F(PlayArguments, TextAndMediaCallsNeedTheInformationWindowThenRoundTripWith
     EXPECT_EQ(S_OK, text->GetGradientBkColor(&crTop, &crBottom));
     EXPECT_EQ(S_OK, text->GetTextColor(&crText));
     EXPECT_EQ((std::vector<ULONG>{0x112233, 0x445566, 0x00FF00}), (std::vector<ULONG>{crTop, crBottom, crText}));
-    EXPECT_EQ(E_INVALIDARG, text->GetGradientBkColor(nullptr, &crBottom));
-    EXPECT_EQ(E_INVALIDARG, text->GetGradientBkColor(&crTop, nullptr));
-    EXPECT_EQ(E_INVALIDARG, text->GetTextColor(nullptr));
-    EXPECT_EQ(E_INVALIDARG, text->GetTextColor(m_readOnly.EndingAtGuard<ULONG>()));
-
-    EXPECT_EQ(E_INVALIDARG, text->SetFont(m_readWrite.EndingAtGuard<LOGFONTW>(91), TRUE)) << "one byte short";
+    for (HRESULT hr : {text->GetGradientBkColor(nullptr, &crBottom), text->GetGradientBkColor(&crTop, nullptr),
+                       text->GetTextColor(nullptr), text->GetTextColor(m_readOnly.EndingAtGuard<ULONG>()),
+                       text->SetFont(m_readWrite.EndingAtGuard<LOGFONTW>(sizeof(LOGFONTW) - 1), TRUE), m_play->SetMediaInfo(nullptr),
+                       m_play->SetMediaInfo(m_readWrite.EndingAtGuard<TESSALY_MEDIA_INFO>(sizeof(TESSALY_MEDIA_INFO) - 1))})
+        EXPECT_EQ(E_INVALIDARG, hr);
     LOGFONTW* pFont = m_readWrite.EndingAtGuard<LOGFONTW>();
     ZeroMemory(pFont, sizeof(*pFont));
     pFont->lfHeight = -20;
     lstrcpyW(pFont->lfFaceName, L"Tahoma");
     EXPECT_EQ(S_OK, text->SetFont(pFont, TRUE));
     EXPECT_EQ(S_OK, text->SetFont(nullptr, TRUE)) << "back to the default fonts";
-
-    // Media information must be readable for the whole record; strings filling their arrays
-    // without a terminator are still taken whole.
-    EXPECT_EQ(E_INVALIDARG, m_play->SetMediaInfo(nullptr));
-    EXPECT_EQ(E_INVALIDARG, m_play->SetMediaInfo(m_readWrite.EndingAtGuard<TESSALY_MEDIA_INFO>(sizeof(TESSALY_MEDIA_INFO) - 1)));
-    TESSALY_MEDIA_INFO* pWhole = m_readWrite.EndingAtGuard<TESSALY_MEDIA_INFO>();
+    TESSALY_MEDIA_INFO* pWhole = m_readWrite.EndingAtGuard<TESSALY_MEDIA_INFO>(); // strings without a terminator
     ZeroMemory(pWhole, sizeof(*pWhole));
     for (short& c : pWhole->wszTitle)
         c = L'T';
     EXPECT_EQ(S_OK, m_play->SetMediaInfo(pWhole));
 }
 
-TEST_F(PlayArguments, OpenChecksTheRecordOnlyAfterTheEngineStarted)
+// The proxy carries the unique pointers' nulls to the object, which answers as in process; an
+// [out] pointer stays a reference the proxy itself refuses.
+TEST_F(PlayArguments, NullsTheContractAllowsReachTheObjectsFromAnotherApartment)
 {
-    WCHAR path[] = L"C:\\Media\\song.mp3";
-    EXPECT_EQ(E_INVALIDARG, m_play->OpenFile(path, 0, 1, m_readOnly.EndingAtGuard<TESSALY_FILEINFO>()));
-    WCHAR unknown[] = L"C:\\Media\\notes.txt";
-    TESSALY_FILEINFO info = {7, 7.0, 7, 7};
-    EXPECT_EQ(TESSALY_E_NOTSUPPORTED, m_play->OpenFile(unknown, 0, 1, &info));
-    EXPECT_EQ(7u, info.dwAttributeMask);
-    EXPECT_EQ(S_OK, m_play->CloseFile()) << "closing with nothing open";
-}
-
-// A host in another apartment may pass the nulls the contract allows: the proxy carries them to the
-// object, which answers as it does in process (the generated proxy refuses a null reference
-// pointer itself, with RPC_X_NULL_REF_POINTER, before the object sees it).
-TEST_F(PlayArguments, NullsTheContractAllowsReachTheObjectFromAnotherApartment)
-{
-    ComPtr<ITextDisplay> text = MakeInfoWindow();
-    HRESULT hrOpen = E_FAIL, hrState = E_FAIL, hrNoState = E_FAIL, hrMediaInfo = E_FAIL, hrFont = E_FAIL, hrFontGiven = E_FAIL;
+    ASSERT_EQ(S_OK, m_play->SetParentWindowSize(640, 480));
+    ComPtr<ITextDisplay> text;
+    ComPtr<IQueryFileInfo> query;
+    ASSERT_EQ(S_OK, QueryTo(m_play, IID_ITextDisplay, text));
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo, &query));
+    std::wstring path = CTestMedia::Path("clip.wmv");
+    std::vector<HRESULT> results;
     TESSALY_PLAYBACK_STATE state = Playback_State_Busy;
+    TESSALY_FILEINFO direct = {}, viaProxy = {}, refused = {7, 7.0, 7, 7};
     ASSERT_EQ(S_OK, CallFromAnotherApartment<IPlay2>(m_play.Get(), IID_IPlay2, [&](IPlay2* remote) {
-        std::wstring path = CTestMedia::Path("tone.wav");
-        hrOpen = remote->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, nullptr);
-        hrState = remote->GetState(&state, nullptr);
-        hrNoState = remote->GetState(nullptr, nullptr);
-        hrMediaInfo = remote->SetMediaInfo(nullptr);
+        results = {remote->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, nullptr), remote->GetState(&state, nullptr),
+                   remote->GetState(nullptr, nullptr), remote->SetMediaInfo(nullptr)};
     }));
-    EXPECT_EQ(S_OK, hrOpen);
-    EXPECT_EQ(S_OK, hrState);
-    EXPECT_EQ(Playback_State_Stop, state);
-    EXPECT_EQ(HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), hrNoState) << "an [out] pointer stays a reference pointer";
-    EXPECT_EQ(E_INVALIDARG, hrMediaInfo) << "the object's own refusal, not the proxy's";
     ASSERT_EQ(S_OK, CallFromAnotherApartment<ITextDisplay>(text.Get(), IID_ITextDisplay, [&](ITextDisplay* remote) {
         LOGFONTW font = {};
         font.lfHeight = -20;
-        lstrcpyW(font.lfFaceName, L"Tahoma");
-        hrFontGiven = remote->SetFont(&font, TRUE);
-        hrFont = remote->SetFont(nullptr, FALSE);
+        results.push_back(remote->SetFont(&font, TRUE));
+        results.push_back(remote->SetFont(nullptr, FALSE));
     }));
-    EXPECT_EQ(S_OK, hrFontGiven);
-    EXPECT_EQ(S_OK, hrFont) << "back to the default fonts";
+    ASSERT_EQ(S_OK, CallFromAnotherApartment<IQueryFileInfo>(query.Get(), IID_IQueryFileInfo, [&](IQueryFileInfo* remote) {
+        WCHAR unknown[] = L"C:\\Media\\clip.zzz";
+        results.push_back(remote->GetFileInfo(unknown, &refused));
+        results.push_back(remote->GetFileInfo(&path[0], &viaProxy));
+    }));
+    EXPECT_EQ((std::vector<HRESULT>{S_OK, S_OK, HRESULT_FROM_WIN32(RPC_X_NULL_REF_POINTER), E_INVALIDARG, S_OK, S_OK,
+                                    TESSALY_E_NOTSUPPORTED, S_OK}), results);
+    EXPECT_EQ(Playback_State_Stop, state);
+    ASSERT_EQ(S_OK, query->GetFileInfo(&path[0], &direct));
+    EXPECT_EQ(0, memcmp(&direct, &viaProxy, sizeof(direct))) << "a real file answers the same through the proxy";
+    EXPECT_EQ(160u, viaProxy.dwWidth);
+}
+
+// QueryFileInfo refuses a record it cannot write, leaves the record alone on a refusal and answers after one.
+TEST_F(PlayArguments, QueryFileInfoRefusalsLeaveTheRecordAloneAndTheNextQueryAnswers)
+{
+    ReleasePlay();
+    DestroyWindow(m_parent);
+    m_parent = nullptr;
+    ComPtr<IQueryFileInfo> query;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo, &query));
+    WCHAR song[] = L"C:\\song.mp3";
+    EXPECT_EQ(E_INVALIDARG, query->GetFileInfo(song, nullptr));
+    EXPECT_EQ(E_INVALIDARG, query->GetFileInfo(song, m_readOnly.EndingAtGuard<TESSALY_FILEINFO>()));
+    for (const std::wstring& path : {std::wstring(L"C:\\Media\\notes.txt"), std::wstring(L"C:\\Media\\noextension"),
+                                     CTestMedia::Path("missing.mp3"), CTestMedia::Path("noise.avi")})
+    {
+        TESSALY_FILEINFO info = {7, 7.0, 7, 7}, good = {};
+        const HRESULT hr = query->GetFileInfo(const_cast<LPWSTR>(path.c_str()), &info);
+        EXPECT_EQ(path.find(L"Media") != std::wstring::npos, hr == TESSALY_E_NOTSUPPORTED) << std::hex << hr;
+        EXPECT_TRUE(FAILED(hr));
+        EXPECT_EQ((std::vector<double>{7, 7.0, 7, 7}),
+                  (std::vector<double>{double(info.dwAttributeMask), info.dDuration, double(info.dwWidth), double(info.dwHeight)}));
+        std::wstring wav = CTestMedia::Path("tone.wav");
+        EXPECT_EQ(S_OK, query->GetFileInfo(&wav[0], &good));
+        EXPECT_EQ(TESSALY_FILEINFO_AUDIO_ONLY | TESSALY_FILEINFO_SEEKABLE, good.dwAttributeMask);
+    }
 }
 
 } // namespace

@@ -1,12 +1,10 @@
-// Hosts act from inside their event handlers: each back-end's first progress report and its
-// completion, answered with CloseFile, OpenFile, Stop or the host's last reference released.
-// Nothing may deadlock or crash, each call answers as it would outside an event, and an object
-// that was closed or released reports nothing more.
+// Hosts act from inside their events: on each back-end's first progress report and on its
+// completion, CloseFile, OpenFile, Stop or the host's last reference. Each call answers as it
+// would outside an event; an object closed or released reports nothing more.
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -15,6 +13,7 @@
 namespace {
 
 enum class Action { Close, Open, Stop, Release };
+const char* const kActions[] = {"Close", "Open", "Stop", "Release"};
 
 struct Reentry
 {
@@ -24,26 +23,13 @@ struct Reentry
     Action action;
 };
 
-std::string Describe(const Reentry& r)
-{
-    static const char* const kActions[] = {"Close", "Open", "Stop", "Release"};
-    std::string name = std::string(kActions[static_cast<int>(r.action)]) + "On" + r.event + "Of" + r.pszFile;
-    name[name.find('.')] = '_';
-    return name;
-}
-
-void PrintTo(const Reentry& r, std::ostream* pStream)
-{
-    *pStream << Describe(r);
-}
-
 class EventReentry : public CServerHost, public ::testing::WithParamInterface<Reentry>
 {
 protected:
     HRESULT OpenParam()
     {
-        return Open(GetParam().bQtMedia ? CTestMedia::PathIn(TESSALY_QT_MEDIA_DIR, GetParam().pszFile)
-                                        : CTestMedia::Path(GetParam().pszFile));
+        const Reentry& r = GetParam();
+        return Open(r.bQtMedia ? CTestMedia::PathIn(TESSALY_QT_MEDIA_DIR, r.pszFile) : CTestMedia::Path(r.pszFile));
     }
     CRecordingSink m_second{"second", &m_log}; // hears every event after the acting sink
 };
@@ -53,64 +39,52 @@ TEST_P(EventReentry, TheCallAnswersAsOutsideAnEventAndNothingFollowsAClose)
     const Reentry& r = GetParam();
     ASSERT_EQ(S_OK, m_events->Advise(&m_second, &m_dwCookie));
     HRESULT hrAction = E_UNEXPECTED;
-    bool bActed = false;
     size_t nAtAction = 0;
     m_sink.onEvent = [&](const char* pszEvent) {
-        if (bActed || r.event != pszEvent)
+        if (nAtAction || r.event != pszEvent)
             return;
-        bActed = true;
         nAtAction = m_log.size();
         switch (r.action)
         {
         case Action::Close: hrAction = m_play->CloseFile(); break;
         case Action::Open: hrAction = OpenParam(); break;
         case Action::Stop: hrAction = m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_STOP, 0, nullptr); break;
-        case Action::Release: // the object must outlive the event it is firing
-            m_events.Reset();
-            m_play.Reset();
-            hrAction = S_OK;
-            break;
+        case Action::Release: hrAction = S_OK, ReleasePlay(); break; // the object outlives the event it fires
         }
     };
     ASSERT_EQ(S_OK, OpenParam());
     ASSERT_EQ(S_OK, Play());
-    ASSERT_TRUE(PumpUntil([&] { return bActed; }, 15000)) << "the event never came";
+    ASSERT_TRUE(CMessagePump::PumpUntil([&] { return nAtAction > 0; }, 15000)) << "the event never came";
     EXPECT_EQ(S_OK, hrAction);
     CMessagePump::PumpFor(600);
     if (r.action == Action::Close || r.action == Action::Release)
     {
-        // The second sink still hears the event in which the first acted, then nothing more.
-        ASSERT_EQ(nAtAction + 1, m_log.size()) << "reports after the object was closed or released";
+        ASSERT_EQ(nAtAction + 1, m_log.size()) << "the second sink hears the event, then nothing comes";
         EXPECT_EQ("second", m_log.back().sink);
         EXPECT_EQ(r.event, m_log.back().event);
-        if (m_play)
+        if (r.action == Action::Close)
         {
             EXPECT_EQ(E_FAIL, Play()) << "nothing is open";
         }
     }
     else if (r.action == Action::Open)
-    {
-        EXPECT_EQ(S_OK, Play()) << "the file opened again from inside the event plays from outside it";
-    }
+        EXPECT_EQ(S_OK, Play()) << "the file opened inside the event plays";
     else
-    {
         EXPECT_EQ(Playback_State_Stop, State());
-    }
 }
 
-// DirectShow, the picture back-end, the QuickTime video and audio back-ends, and a looping GIF
-// (the QuickTime back-end's picture path); stills and loops never complete, and a completed file
-// is already stopped.
+// DirectShow, the picture back-end, QuickTime video and sound, and a looping GIF through QuickTime;
+// stills and loops never complete, and a completed file is already stopped.
 std::vector<Reentry> AllReentries()
 {
-    struct File
+    const struct
     {
         const char* pszName;
         bool bQtMedia, bCompletes;
-    } const files[] = {{"clip.avi", false, true}, {"still.png", true, false}, {"clip.mov", true, true},
-                       {"tone.m4a", true, true}, {"anim.gif", true, false}};
+    } files[] = {{"clip.avi", false, true}, {"still.png", true, false}, {"clip.mov", true, true},
+                 {"tone.m4a", true, true}, {"anim.gif", true, false}};
     std::vector<Reentry> all;
-    for (const File& f : files)
+    for (const auto& f : files)
         for (const char* pszEvent : {"progress", "complete"})
             for (Action a : {Action::Close, Action::Open, Action::Stop, Action::Release})
                 if ((f.bCompletes || pszEvent[0] == 'p') && (a != Action::Stop || pszEvent[0] == 'p'))
@@ -119,6 +93,11 @@ std::vector<Reentry> AllReentries()
 }
 
 INSTANTIATE_TEST_SUITE_P(EachBackEnd, EventReentry, ::testing::ValuesIn(AllReentries()),
-                         [](const ::testing::TestParamInfo<Reentry>& param) { return Describe(param.param); });
+                         [](const ::testing::TestParamInfo<Reentry>& param) {
+                             std::string name = std::string(kActions[static_cast<int>(param.param.action)]) + "On" +
+                                                param.param.event + "Of" + param.param.pszFile;
+                             name[name.find('.')] = '_';
+                             return name;
+                         });
 
 } // namespace

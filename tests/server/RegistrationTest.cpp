@@ -16,9 +16,9 @@ std::wstring Guid(const GUID& guid)
     return wsz;
 }
 
-DWORD RunRegsvr32(const wchar_t* pwszOptions)
+DWORD RunRegsvr32(const std::wstring& options)
 {
-    std::wstring command = std::wstring(L"regsvr32.exe ") + pwszOptions + L" \"" + kServerPath + L"\"";
+    std::wstring command = L"regsvr32.exe " + options + L" \"" + kServerPath + L"\"";
     STARTUPINFOW si = {};
     si.cb = sizeof(si);
     PROCESS_INFORMATION pi = {};
@@ -36,36 +36,34 @@ DWORD RunRegsvr32(const wchar_t* pwszOptions)
 int Subkeys(const std::wstring& key)
 {
     HKEY hKey = nullptr;
+    DWORD dwSubkeys = 0;
     if (RegOpenKeyExW(HKEY_CLASSES_ROOT, key.c_str(), 0, KEY_READ, &hKey) != ERROR_SUCCESS)
         return -1;
-    DWORD dwSubkeys = 0;
     RegQueryInfoKeyW(hKey, nullptr, nullptr, nullptr, &dwSubkeys, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
     RegCloseKey(hKey);
     return static_cast<int>(dwSubkeys);
 }
 
-// The string value in upper case (paths compare without case), or "<missing>".
-std::string Value(const std::wstring& key, const wchar_t* pwszName = nullptr)
-{
-    WCHAR wsz[1024] = {};
-    DWORD cb = sizeof(wsz) - sizeof(WCHAR), dwType = 0;
-    if (RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), pwszName, RRF_RT_ANY, &dwType, wsz, &cb) != ERROR_SUCCESS)
-        return "<missing>";
-    CharUpperW(wsz);
-    return dwType == REG_SZ ? std::string(wsz, wsz + lstrlenW(wsz)) : "<not a string>";
-}
-
+// Upper case, so that paths compare without case.
 std::string Upper(std::wstring s)
 {
     CharUpperW(&s[0]);
     return std::string(s.begin(), s.end());
 }
 
+std::string Value(const std::wstring& key, const wchar_t* pwszName)
+{
+    WCHAR wsz[1024] = {};
+    DWORD cb = sizeof(wsz) - sizeof(WCHAR), dwType = 0;
+    if (RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), pwszName, RRF_RT_ANY, &dwType, wsz, &cb) != ERROR_SUCCESS)
+        return "<missing>";
+    return dwType == REG_SZ ? Upper(wsz) : "<not a string>";
+}
+
 const IID* const kInterfaces[] = {&IID_IPlay, &IID_IPlay2, &IID_IPlayCD, &IID_ITextDisplay,
                                   &IID_IPlayEvents, &IID_IPlayCDEvents, &IID_IQueryFileInfo};
 const std::wstring kTypeLib = L"TypeLib\\" + Guid(LIBID_TESSALYLib);
 
-// Every key and value registration writes, as a table of key, value name, expected string.
 void ExpectRegistered()
 {
     struct Entry
@@ -74,11 +72,17 @@ void ExpectRegistered()
         const wchar_t* pwszName;
         std::wstring value;
     };
-    std::vector<Entry> expected;
-    for (auto c : {std::make_pair(&CLSID_Play, std::wstring(L"Play")), std::make_pair(&CLSID_QueryFileInfo, std::wstring(L"QueryFileInfo"))})
+    const std::wstring proxyClass = Guid(IID_IPlay2);
+    std::vector<Entry> expected = {{L"Interface\\" + Guid(IID_IPlay), nullptr, L"IPlay"},
+                                   {L"CLSID\\" + proxyClass + L"\\InprocServer32", nullptr, kServerPath},
+                                   {kTypeLib + L"\\1.0", nullptr, L"Tessaly 1.0 Type Library"},
+                                   {kTypeLib + (sizeof(void*) == 8 ? L"\\1.0\\409\\win64" : L"\\1.0\\409\\win32"), nullptr, kServerPath}};
+    for (const IID* iid : kInterfaces)
+        expected.push_back({L"Interface\\" + Guid(*iid) + L"\\ProxyStubClsid32", nullptr, proxyClass});
+    for (const auto& c : {std::make_pair(&CLSID_Play, std::wstring(L"Play")), std::make_pair(&CLSID_QueryFileInfo, std::wstring(L"QueryFileInfo"))})
     {
-        const std::wstring clsid = Guid(*c.first), classKey = L"CLSID\\" + clsid;
-        const std::wstring description = c.second + L" Class", viProgId = L"Tessaly." + c.second, progId = viProgId + L".1";
+        const std::wstring clsid = Guid(*c.first), classKey = L"CLSID\\" + clsid, description = c.second + L" Class";
+        const std::wstring viProgId = L"Tessaly." + c.second, progId = viProgId + L".1";
         expected.insert(expected.end(), {{progId, nullptr, description}, {progId + L"\\CLSID", nullptr, clsid},
                                          {viProgId, nullptr, description}, {viProgId + L"\\CLSID", nullptr, clsid},
                                          {viProgId + L"\\CurVer", nullptr, progId}, {classKey, nullptr, description},
@@ -89,47 +93,30 @@ void ExpectRegistered()
                                          {classKey + L"\\TypeLib", nullptr, Guid(LIBID_TESSALYLib)}});
         EXPECT_EQ(4, Subkeys(classKey)) << "nothing but what registration writes";
     }
-    const std::wstring proxyClass = Guid(IID_IPlay2);
-    for (const IID* iid : kInterfaces)
-        expected.push_back({L"Interface\\" + Guid(*iid) + L"\\ProxyStubClsid32", nullptr, proxyClass});
-    expected.insert(expected.end(), {{L"Interface\\" + Guid(IID_IPlay), nullptr, L"IPlay"},
-                                     {L"CLSID\\" + proxyClass + L"\\InprocServer32", nullptr, kServerPath},
-                                     {kTypeLib + L"\\1.0", nullptr, L"Tessaly 1.0 Type Library"},
-                                     // Under the system kind of the library's target, in this process's view.
-                                     {kTypeLib + (sizeof(void*) == 8 ? L"\\1.0\\409\\win64" : L"\\1.0\\409\\win32"), nullptr, kServerPath}});
     for (const Entry& e : expected)
         EXPECT_EQ(Upper(e.value), Value(e.key, e.pwszName)) << Upper(e.key) << " " << Upper(e.pwszName ? e.pwszName : L"");
 }
 
-void ExpectUnregistered()
+// The case leaves the library registered, as the other cases expect it.
+TEST(Registration, RegisterWritesEveryKeyOverAnyLeftoverAndUnregisterRemovesThemAll)
 {
-    std::vector<std::wstring> gone = {L"CLSID\\" + Guid(CLSID_Play), L"CLSID\\" + Guid(CLSID_QueryFileInfo),
-                                      L"Tessaly.Play", L"Tessaly.Play.1", L"Tessaly.QueryFileInfo",
-                                      L"Tessaly.QueryFileInfo.1", L"CLSID\\" + Guid(IID_IPlay2), kTypeLib};
-    for (const IID* iid : kInterfaces)
-        gone.push_back(L"Interface\\" + Guid(*iid));
-    for (const std::wstring& key : gone)
-        EXPECT_EQ(-1, Subkeys(key)) << Upper(key);
-    EXPECT_NE(-1, Subkeys(L"CLSID")) << "the shared CLSID key stays";
-}
-
-// The case leaves the library registered, as the other server cases expect it; a key left under
-// the class by someone else goes with a new registration.
-TEST(Registration, RegisterWritesEveryKeyCleanlyAndUnregisterRemovesThemAll)
-{
-    ASSERT_EQ(0u, RunRegsvr32(L"/s"));
-    ExpectRegistered();
     const std::wstring classKey = L"CLSID\\" + Guid(CLSID_Play);
+    ASSERT_EQ(0u, RunRegsvr32(L"/s"));
     HKEY hKey = nullptr;
     ASSERT_EQ(ERROR_SUCCESS, RegCreateKeyExW(HKEY_CLASSES_ROOT, (classKey + L"\\Leftover").c_str(), 0, nullptr, 0,
                                              KEY_WRITE, nullptr, &hKey, nullptr));
     RegCloseKey(hKey);
     ASSERT_EQ(0u, RunRegsvr32(L"/s"));
-    EXPECT_EQ(-1, Subkeys(classKey + L"\\Leftover"));
     ExpectRegistered();
 
     ASSERT_EQ(0u, RunRegsvr32(L"/s /u"));
-    ExpectUnregistered();
+    std::vector<std::wstring> gone = {classKey, L"CLSID\\" + Guid(CLSID_QueryFileInfo), L"Tessaly.Play", L"Tessaly.Play.1",
+                                      L"Tessaly.QueryFileInfo", L"Tessaly.QueryFileInfo.1", L"CLSID\\" + Guid(IID_IPlay2), kTypeLib};
+    for (const IID* iid : kInterfaces)
+        gone.push_back(L"Interface\\" + Guid(*iid));
+    for (const std::wstring& key : gone)
+        EXPECT_EQ(-1, Subkeys(key)) << Upper(key);
+    EXPECT_NE(-1, Subkeys(L"CLSID")) << "the shared key stays";
     ASSERT_EQ(0u, RunRegsvr32(L"/s"));
     ExpectRegistered();
 }
