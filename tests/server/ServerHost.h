@@ -1,5 +1,5 @@
-// A host of the registered library: an apartment, and a Play object created through COM under a
-// parent window with one recording sink advised on its events.
+// A host of the registered library: an apartment; a Play object made through COM under a parent
+// window, with one recording sink advised on its events.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "CTestMedia.h"
 #include "engine/ComPtr.h"
@@ -17,14 +16,7 @@
 #include "tests/support/CMessagePump.h"
 #include "tests/support/CRecordingSink.h"
 
-#define TESSALY_WIDEN2(x) L##x
-#define TESSALY_WIDEN(x) TESSALY_WIDEN2(x)
-const wchar_t* const kServerPath = TESSALY_WIDEN(TESSALY_DLL_PATH);
-
-inline LONG HandleOf(HWND hWnd)
-{
-    return static_cast<LONG>(reinterpret_cast<LONG_PTR>(hWnd));
-}
+inline LONG HandleOf(HWND hWnd) { return static_cast<LONG>(reinterpret_cast<LONG_PTR>(hWnd)); }
 
 class ComApartment : public ::testing::Test
 {
@@ -60,12 +52,6 @@ protected:
     }
     HRESULT Open(std::wstring path) { return m_play->OpenFile(&path[0], 0, TESSALY_PLAYBACK_FLAG_STRETCH, nullptr); }
     HRESULT Play() { return m_play->PlaybackControl(TESSALY_PLAYBACK_CONTROL_PLAY, 0, nullptr); }
-    TESSALY_PLAYBACK_STATE State()
-    {
-        TESSALY_PLAYBACK_STATE state = Playback_State_Error;
-        EXPECT_EQ(S_OK, m_play->GetState(&state, nullptr));
-        return state;
-    }
 
     std::vector<CRecordingSink::Entry> m_log;
     CRecordingSink m_sink{"host", &m_log};
