@@ -101,6 +101,9 @@ TEST_F(PlayArguments, ControlCodesTheSeekPositionAndTheOpenAndQueryRecordsAreChe
     EXPECT_EQ(TESSALY_E_NOTSUPPORTED, m_play->OpenFile(notes, 0, 1, &info));
     EXPECT_EQ(0, memcmp(&info, &kUntouched, sizeof(info)));
     EXPECT_EQ(S_OK, m_play->CloseFile()) << "closing with nothing open";
+    ComPtr<IPlayCD> cd;
+    ASSERT_EQ(S_OK, QueryTo(m_play, IID_IPlayCD, cd));
+    EXPECT_EQ(S_FALSE, cd->OpenCD(L'Q', 1, 2)) << "no disc nor image: the range is refused with S_FALSE";
     ComPtr<IQueryFileInfo> query;
     ASSERT_EQ(S_OK, CoCreateInstance(CLSID_QueryFileInfo, nullptr, CLSCTX_INPROC_SERVER, IID_IQueryFileInfo, &query));
     EXPECT_EQ(E_INVALIDARG, query->GetFileInfo(song, nullptr));

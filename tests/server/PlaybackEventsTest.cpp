@@ -24,7 +24,6 @@ TEST_F(PlaySequence, ProgressAboutTenTimesASecondWhilePlayingThenOneCompletionTh
     {
         EXPECT_EQ("progress", m_log[i].event) << i;
         EXPECT_EQ(Playback_State_Play, m_log[i].state) << i;
-        EXPECT_TRUE(progress.empty() || m_log[i].dProgress >= progress.back()) << "time only moves forward";
         progress.push_back(m_log[i].dProgress);
     }
     EXPECT_GE(progress.size(), 8u) << "two seconds at 100 ms a tick; a busy machine makes ticks late, never early";
