@@ -14,19 +14,10 @@
 class CRecordingSink : public IPlayCDEvents
 {
 public:
-    struct Entry
-    {
-        std::string sink;
-        std::string event;
-        double dProgress;
-        TESSALY_PLAYBACK_STATE state;
-        HRESULT hrError;
-    };
+    struct Entry { std::string sink, event; double dProgress; TESSALY_PLAYBACK_STATE state; HRESULT hrError; };
 
     CRecordingSink(std::string name, std::vector<Entry>* pLog, bool bAnswersCDEvents = true)
-        : m_name(std::move(name)), m_pLog(pLog), m_bAnswersCDEvents(bAnswersCDEvents)
-    {
-    }
+        : m_name(std::move(name)), m_pLog(pLog), m_bAnswersCDEvents(bAnswersCDEvents) {}
     virtual ~CRecordingSink() = default;
 
     HRESULT answer = S_OK;               // what every event method returns

@@ -1,6 +1,5 @@
-// A host in another apartment: the interface is marshalled to a thread of the multi-threaded
-// apartment and used there through the engine's proxy, while this (single-threaded) apartment
-// serves the calls from its message loop, as a host's user-interface thread would.
+// A host in another apartment: the interface is used through the proxy from a thread of the
+// multi-threaded apartment while this apartment serves the calls from its message loop.
 #pragma once
 
 #include <windows.h>
@@ -8,8 +7,6 @@
 
 #include <functional>
 #include <thread>
-
-#include "engine/ComPtr.h"
 
 // Runs call with the proxy; answers the unmarshalling's result (call does not run when it fails).
 template <class T>
@@ -21,22 +18,18 @@ HRESULT CallFromAnotherApartment(T* pObject, REFIID riid, const std::function<vo
         return hr;
     HANDLE hDone = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     std::thread caller([&] {
+        T* pRemote = nullptr;
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
-        {
-            ComPtr<T> remote;
-            hr = CoGetInterfaceAndReleaseStream(pStream, riid, reinterpret_cast<void**>(remote.GetAddressOf()));
-            if (SUCCEEDED(hr))
-                call(remote.Get());
-        }
+        hr = CoGetInterfaceAndReleaseStream(pStream, riid, reinterpret_cast<void**>(&pRemote));
+        if (SUCCEEDED(hr))
+            call(pRemote), pRemote->Release();
         CoUninitialize();
         SetEvent(hDone);
     });
+    MSG msg;
     while (MsgWaitForMultipleObjects(1, &hDone, FALSE, 30000, QS_ALLINPUT) == WAIT_OBJECT_0 + 1)
-    {
-        MSG msg;
         while (PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE))
             DispatchMessageW(&msg);
-    }
     caller.join();
     CloseHandle(hDone);
     return hr;
