@@ -188,15 +188,18 @@ long OpenHandles()
     return nHandles;
 }
 
+LRESULT CALLBACK CountHandlerDestroys(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
+{
+    wchar_t szClass[64] = {};
+    g_nHandlersDestroyed += uMsg == WM_PARENTNOTIFY && LOWORD(wParam) == WM_DESTROY &&
+                            GetClassNameW(reinterpret_cast<HWND>(lParam), szClass, 64) &&
+                            !wcscmp(szClass, L"QTAudioPlayer.Handler.WndClass");
+    return DefWindowProcW(hWnd, uMsg, wParam, lParam);
+}
+
 TEST(QTAudioWorkers, AHundredLeaveNoWindowOrHandleBehind)
 {
-    WNDCLASSW wc = {0, [](HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) -> LRESULT {
-                        wchar_t szClass[64] = {};
-                        g_nHandlersDestroyed += uMsg == WM_PARENTNOTIFY && LOWORD(wParam) == WM_DESTROY &&
-                                                GetClassNameW(reinterpret_cast<HWND>(lParam), szClass, 64) &&
-                                                !wcscmp(szClass, L"QTAudioPlayer.Handler.WndClass");
-                        return DefWindowProcW(hWnd, uMsg, wParam, lParam);
-                    },
+    WNDCLASSW wc = {0, CountHandlerDestroys,
                     0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, L"QTTestCountingParent"};
     RegisterClassW(&wc);
     HWND hParent = CreateWindowExW(0, wc.lpszClassName, L"", WS_POPUP | WS_VISIBLE, 0, 0, 320, 240, 0, 0, 0, 0);

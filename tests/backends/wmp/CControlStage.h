@@ -63,12 +63,17 @@ struct CControlStage
     static HWND FindContainer(HWND hWnd)
     {
         HWND hContainer = nullptr;
-        EnumChildWindows(hWnd, [](HWND h, LPARAM lParam) {
-            wchar_t szClass[32] = {};
-            GetClassNameW(h, szClass, 32);
-            return wcscmp(szClass, L"AtlAxWin") ? TRUE : (*reinterpret_cast<HWND*>(lParam) = h, FALSE);
-        }, reinterpret_cast<LPARAM>(&hContainer));
+        EnumChildWindows(hWnd, KeepIfContainer, reinterpret_cast<LPARAM>(&hContainer));
         return hContainer;
+    }
+    static BOOL CALLBACK KeepIfContainer(HWND hWnd, LPARAM lParam)
+    {
+        wchar_t szClass[32] = {};
+        GetClassNameW(hWnd, szClass, 32);
+        if (wcscmp(szClass, L"AtlAxWin"))
+            return TRUE;
+        *reinterpret_cast<HWND*>(lParam) = hWnd;
+        return FALSE;
     }
     // The media type the hosted control names for its item ("" when it names none).
     static std::wstring ControlMediaType(HWND hWnd)

@@ -130,17 +130,23 @@ TEST(WMPLifecycle, TheControlFillsTheParentFollowsItsSizeAndIsHiddenOnClose)
 // A host of the control on a window of its own; a posted WM_APP runs a step inside the host's wait
 // for the open: another open, which is refused while the first goes on, or the host torn down
 // (its window destroyed, or the host deleted), which ends the open as failed.
+std::function<void()> s_step;
+WNDPROC s_pfnStatic;
+
+LRESULT CALLBACK RunStepOnApp(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam)
+{
+    if (uMsg != WM_APP)
+        return CallWindowProcW(s_pfnStatic, hWnd, uMsg, wParam, lParam);
+    s_step();
+    return 0;
+}
+
 TEST(WMPHostOpen, AnOpenReenteredFromItsWaitIsRefusedAndTearingTheHostDownThereFailsIt)
 {
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     HWND hParent = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 320, 240, 0, 0, 0, 0);
     HWND hStep = CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, 0, 0, 0, 0);
-    static std::function<void()> s_step;
-    static WNDPROC s_pfnStatic;
-    WNDPROC pfnStep = [](HWND h, UINT u, WPARAM w, LPARAM l) {
-        return u == WM_APP ? (s_step(), 0) : CallWindowProcW(s_pfnStatic, h, u, w, l);
-    };
-    s_pfnStatic = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(hStep, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(pfnStep)));
+    s_pfnStatic = reinterpret_cast<WNDPROC>(SetWindowLongPtrW(hStep, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(RunStepOnApp)));
     for (int nStep = 0; nStep < 3; ++nStep)
     {
         auto pHost = std::make_unique<CWMPHost>();
