@@ -1,6 +1,6 @@
-// A downstream input pin as a real COM object: it records the calls and samples it receives, in
-// order. It can refuse the connection or lack IMemInputPin, and can keep the samples it takes, as
-// a renderer queues them, so that the source's allocator runs dry.
+// A downstream input pin as a real COM object: it records the calls and bytes it receives, in
+// order. It can refuse the connection, lack IMemInputPin, and keep the samples it takes until a
+// flush, as a renderer queues them, so that the source's allocator runs dry.
 #pragma once
 #include <windows.h>
 
@@ -16,8 +16,6 @@
 class CRecordingPin : public IPin, public IMemInputPin
 {
 public:
-    // What ReceiveConnection answers; whether it answers IMemInputPin; whether it keeps samples
-    // until a flush or ReleaseSamples.
     struct Options { HRESULT hrReceiveConnection = S_OK; bool bMemInput = true; bool bKeepSamples = false; };
     explicit CRecordingPin(const Options& options) : m_options(options)
     {
@@ -58,11 +56,7 @@ public:
     {
         return Log("NewSegment " + std::to_string(tStart) + " " + std::to_string(tStop) + (dRate == 1.0 ? "" : " rate?"));
     }
-    STDMETHODIMP GetAllocator(IMemAllocator** ppAllocator) override
-    {
-        (*ppAllocator = m_pOwnAllocator.Get())->AddRef();
-        return Log("GetAllocator");
-    }
+    STDMETHODIMP GetAllocator(IMemAllocator** ppAllocator) override { (*ppAllocator = m_pOwnAllocator.Get())->AddRef(); return Log("GetAllocator"); }
     STDMETHODIMP NotifyAllocator(IMemAllocator* pAllocator, BOOL) override
     {
         return Log(pAllocator == m_pOwnAllocator.Get() ? "NotifyAllocator(own)" : "NotifyAllocator(other)");
@@ -72,8 +66,8 @@ public:
     STDMETHODIMP Receive(IMediaSample* pSample) override
     {
         REFERENCE_TIME tStart = -1, tEnd = -1;
-        pSample->GetTime(&tStart, &tEnd);
         BYTE* pData = nullptr;
+        pSample->GetTime(&tStart, &tEnd);
         pSample->GetPointer(&pData);
         const long cb = pSample->GetActualDataLength();
         CScopedLock lock(&m_cs);
@@ -90,26 +84,21 @@ public:
     STDMETHODIMP ReceiveCanBlock() override { return S_FALSE; }
 
     std::vector<std::string> Calls() const { CScopedLock lock(&m_cs); return m_calls; }
-    size_t Count(const std::string& call) const  // the calls that begin with this text
+    std::vector<uint8_t> Bytes() const { CScopedLock lock(&m_cs); return m_bytes; }
+    bool WaitForCall(const std::string& call, size_t nTimes) const  // calls that begin with this text, within 10 s
     {
-        const std::vector<std::string> calls = Calls();
-        return size_t(std::count_if(calls.begin(), calls.end(), [&](const std::string& each) { return !each.compare(0, call.size(), call); }));
-    }
-    bool WaitForCall(const std::string& call, size_t nTimes, DWORD dwTimeoutMs = 10000) const
-    {
-        for (const ULONGLONG start = GetTickCount64(); Count(call) < nTimes && GetTickCount64() - start < dwTimeoutMs;)
+        const auto count = [&] { const auto c = Calls(); return size_t(std::count_if(c.begin(), c.end(), [&](const std::string& e) { return !e.compare(0, call.size(), call); })); };
+        for (const ULONGLONG start = GetTickCount64(); count() < nTimes && GetTickCount64() - start < 10000;)
             Sleep(5);
-        return Count(call) >= nTimes;
+        return count() >= nTimes;
     }
-    std::vector<uint8_t> Bytes() const { CScopedLock lock(&m_cs); return m_bytes; }  // what the samples held
-    void ReleaseSamples() { Flush(false); }
     void ClearRecords() { CScopedLock lock(&m_cs); m_calls.clear(); m_bytes.clear(); }
     LONG Refs() const { return m_lRef; }
 
 private:
     HRESULT Log(const std::string& call, HRESULT hr = S_OK) { CScopedLock lock(&m_cs); m_calls.push_back(call); return hr; }
-    // A flushed renderer lets go of the samples it queued, which frees the source's buffers; they
-    // are released after the lock, as a release may wake the source.
+    // A flushed renderer lets go of the samples it queued; they are released after the lock, as a
+    // release may wake the source.
     HRESULT Flush(bool bBegin)
     {
         std::vector<ComPtr<IMediaSample>> kept;
