@@ -26,16 +26,19 @@ CImageFolder::~CImageFolder()
     fs::remove_all(fs::u8path(m_root), ignored);
 }
 
-std::string CImageFolder::Path(const std::string& relative) const { return relative.empty() ? m_root : m_root + "/" + relative; }
-
 std::string CImageFolder::Write(const std::string& relative, const std::string& bytes) const
 {
-    const std::string path = Path(relative);
-    fs::create_directories(fs::u8path(path).parent_path());
     CBinaryFile file;
-    if (!file.Create(path) || !file.Write(bytes.data(), bytes.size()) || !file.Close())
-        throw std::runtime_error("cannot write " + path);
-    return path;
+    if (!file.Create(Path(relative)) || !file.Write(bytes.data(), bytes.size()) || !file.Close())
+        throw std::runtime_error("cannot write " + Path(relative));
+    return Path(relative);
+}
+
+std::vector<uint8_t> CImageFolder::Read(const std::string& relative, uint64_t offset, size_t cb) const
+{
+    std::vector<uint8_t> bytes(cb);
+    CBinaryFile file;
+    return file.OpenRead(Path(relative)) && file.ReadAt(offset, bytes.data(), cb) ? bytes : std::vector<uint8_t>();
 }
 
 void CImageFolder::Resize(const std::string& name, uint64_t size) const { fs::resize_file(fs::u8path(Path(name)), size); }

@@ -4,7 +4,6 @@
 
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 
 #include "CDiscImageWriter.h"
@@ -53,21 +52,14 @@ protected:
     }
     // Writes disc.cue and disc.bin and sets the letter (each case its own, as cases run side by
     // side) to stand for them until the case ends.
-    bool UseImage(WCHAR wcLetter, const std::vector<CDiscImageWriter::Track>& tracks = CDiscImageWriter::ThreeTones())
+    bool UseImage(WCHAR wcLetter, const std::vector<CDiscImageWriter::Track>& tracks = {{440.0, 75}, {660.0, 90}, {880.0, 60}})
     {
         m_image.reset(new CImageFolder);
         m_wcLetter = wcLetter;
         const std::string cue = CDiscImageWriter::Write(m_image->Path(), "disc", tracks);
         return !cue.empty() && CDiscImageSetting::Set(wcLetter, std::filesystem::u8path(cue).wstring()) == ERROR_SUCCESS;
     }
-    std::vector<uint8_t> ImageSectors(uint32_t ulFirst, uint32_t ulCount) const  // of disc.bin as written
-    {
-        std::vector<uint8_t> bytes(ulCount * 2352ull);
-        std::ifstream bin(std::filesystem::u8path(m_image->Path("disc.bin")), std::ios::binary);
-        bin.seekg(static_cast<std::streamoff>(ulFirst * 2352ull));
-        bin.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-        return bytes;
-    }
+    std::vector<uint8_t> ImageSectors(uint32_t ulFirst, uint32_t ulCount) const { return m_image->Read("disc.bin", ulFirst * 2352ull, ulCount * 2352u); }
     HRESULT ConnectRecorder(const CRecordingPin::Options& options = CRecordingPin::Options())
     {
         EXPECT_EQ(1, m_recorder ? m_recorder->Refs() : 1) << "the filter holds a pin whose connection it refused";
