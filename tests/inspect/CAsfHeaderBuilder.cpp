@@ -11,7 +11,6 @@ const char kHeader[] = "75B22630-668E-11CF-A6D9-00AA0062CE6C", kData[] = "75B226
 const char kFile[] = "8CABDCA1-A947-11CF-8EE4-00C00C205365", kStream[] = "B7DC0791-A9B7-11CF-8EE6-00C00C205365";
 const char kExtension[] = "5FBF03B5-A92E-11CF-8EE3-00C00C205365", kReserved1[] = "ABD3D211-A9BA-11CF-8EE6-00C00C205365";
 const char kExtendedStream[] = "14E6A5CB-C672-4332-8399-A96952065B5A", kBitrates[] = "7BF875CE-468D-11D1-8D82-006097C9A2B2";
-const char kDescription[] = "75B22633-668E-11CF-A6D9-00AA0062CE6C", kExtendedDescription[] = "D2D0A440-E307-11D2-97F0-00A0C95EA850";
 const char kAudio[] = "F8699E40-5B4D-11CF-A8FD-00805F5C442B", kVideo[] = "BC19EFC0-5B4D-11CF-A8FD-00805F5C442B";
 const char kNoErrorCorrection[] = "20FB5700-5B55-11CF-A8FD-00805F5C442B", kUnknown[] = "DEADBEEF-0000-4000-8000-00000000CAFE";
 const char kEncryption[] = "2211B3FB-BD23-11D2-B4B7-00A0C955FC6E", kExtendedEncryption[] = "298AE614-2622-4C17-B935-DAE07EE9289C";
@@ -87,17 +86,10 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::HeaderExtension(const std::vector<Extended
 
 CAsfHeaderBuilder& CAsfHeaderBuilder::StreamBitrates(const std::vector<std::pair<uint16_t, uint32_t>>& records)
 {
-    Writer w;
-    w.U16(records.size());
+    Writer w = Writer().U16(records.size());
     for (const auto& r : records)
         w.U16(r.first).U32(r.second);
     return Add(Object(kBitrates, w.bytes));
-}
-
-CAsfHeaderBuilder& CAsfHeaderBuilder::ContentDescription(bool bExtended)
-{
-    return Add(bExtended ? Object(kExtendedDescription, Writer().U16(0).bytes)
-                         : Object(kDescription, Writer().U16(4).U16(0).U16(0).U16(0).U16(0).U16('T').U16(0).bytes));
 }
 
 CAsfHeaderBuilder& CAsfHeaderBuilder::UnknownObject(size_t cbBody) { return Add(Object(kUnknown, std::vector<uint8_t>(cbBody, 0))); }
@@ -113,10 +105,7 @@ std::vector<uint8_t> CAsfHeaderBuilder::EncryptionObject(bool bExtended)
 std::vector<uint8_t> CAsfHeaderBuilder::Build(bool bWithDataObject) const
 {
     Writer w;
-    size_t cb = 30;
-    for (const auto& child : m_children)
-        cb += child.size();
-    w.Guid(kHeader).U64(cb).U32(m_children.size()).U8(1).U8(2);
+    w.Guid(kHeader).U64(ChildOffset(m_children.size())).U32(m_children.size()).U8(1).U8(2);
     for (const auto& child : m_children)
         w.Append(child);
     return bWithDataObject ? w.Guid(kData).U64(50).Guid(kUnknown).U64(0).U16(0x0101).bytes : w.bytes;

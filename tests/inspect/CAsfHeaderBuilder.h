@@ -1,5 +1,5 @@
 // Writes ASF headers field after field, so that tests can state headers no encoder here produces
-// (WMV9 FourCCs, extended stream properties, odd stream numbers) and damage them at known places.
+// (WMV9 FourCCs, extended stream properties, odd stream numbers, objects it does not know) and damage them at known places.
 #pragma once
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,6 @@ public:
     CAsfHeaderBuilder& VideoStream(uint16_t flags, int32_t width, int32_t height, uint16_t bitCount, const char* fourCC);
     CAsfHeaderBuilder& HeaderExtension(const std::vector<ExtendedStream>& streams);
     CAsfHeaderBuilder& StreamBitrates(const std::vector<std::pair<uint16_t, uint32_t>>& records);
-    CAsfHeaderBuilder& ContentDescription(bool bExtended);  // a title "T", or an empty extended description
     CAsfHeaderBuilder& UnknownObject(size_t cbBody);
     CAsfHeaderBuilder& ContentEncryption(bool bExtended) { return Add(EncryptionObject(bExtended)); }
     static std::vector<uint8_t> EncryptionObject(bool bExtended);  // content encryption, or its extended form

@@ -22,10 +22,8 @@ std::string Describe(CASFFileParser& parser, int32_t hrParse)
 {
     ASF_VIDEO_INFO v, untouchedVideo;
     ASF_AUDIO_INFO a, untouchedAudio;
-    for (void* p : {static_cast<void*>(&v), static_cast<void*>(&untouchedVideo)})
-        std::memset(p, 0xA5, sizeof(v));
-    for (void* p : {static_cast<void*>(&a), static_cast<void*>(&untouchedAudio)})
-        std::memset(p, 0xA5, sizeof(a));
+    std::memset(static_cast<void*>(&v), 0xA5, sizeof(v)), std::memset(static_cast<void*>(&untouchedVideo), 0xA5, sizeof(v));
+    std::memset(static_cast<void*>(&a), 0xA5, sizeof(a)), std::memset(static_cast<void*>(&untouchedAudio), 0xA5, sizeof(a));
     uint16_t channelType = 0xA5A5;
     const int32_t hrInfo = parser.GetAVFileInfo(&v, &a, &channelType);
     char video[100] = "none", audio[100] = "none";
