@@ -18,12 +18,7 @@ const char kEncryption[] = "2211B3FB-BD23-11D2-B4B7-00A0C955FC6E", kExtendedEncr
 struct Writer
 {
     std::vector<uint8_t> bytes;
-    Writer& Int(uint64_t value, int cb)
-    {
-        for (int i = 0; i < cb; ++i)
-            bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
-        return *this;
-    }
+    Writer& Int(uint64_t value, int cb) { for (int i = 0; i < cb; ++i) bytes.push_back(uint8_t(value >> (8 * i))); return *this; }
     Writer& U8(uint64_t v) { return Int(v, 1); }
     Writer& U16(uint64_t v) { return Int(v, 2); }
     Writer& U32(uint64_t v) { return Int(v, 4); }
@@ -39,15 +34,11 @@ struct Writer
     }
 };
 
-std::vector<uint8_t> Object(const char* id, const std::vector<uint8_t>& body)  // its ID and size, then the body
+// An object: its ID and size, then the body.
+std::vector<uint8_t> Object(const char* id, const std::vector<uint8_t>& body) { return Writer().Guid(id).U64(24 + body.size()).Append(body).bytes; }
+std::vector<uint8_t> StreamProperties(const char* type, uint16_t flags, const std::vector<uint8_t>& specific)
 {
-    return Writer().Guid(id).U64(24 + body.size()).Append(body).bytes;
-}
-
-std::vector<uint8_t> StreamProperties(const char* type, uint16_t flags, const std::vector<uint8_t>& typeSpecific)
-{
-    return Object(kStream, Writer().Guid(type).Guid(kNoErrorCorrection).U64(0).U32(typeSpecific.size()).U32(0).U16(flags).U32(0)
-                               .Append(typeSpecific).bytes);
+    return Object(kStream, Writer().Guid(type).Guid(kNoErrorCorrection).U64(0).U32(specific.size()).U32(0).U16(flags).U32(0).Append(specific).bytes);
 }
 
 } // namespace
@@ -68,11 +59,10 @@ CAsfHeaderBuilder& CAsfHeaderBuilder::AudioStream(uint16_t flags, const AudioFor
 // The encoded width and height differ from the bitmap's on purpose: the bitmap's count.
 CAsfHeaderBuilder& CAsfHeaderBuilder::VideoStream(uint16_t flags, int32_t width, int32_t height, uint16_t bitCount, const char* fourCC)
 {
-    Writer v;
+    Writer v;  // then the FourCC, and image size, resolution and colours
     v.U32(uint32_t(width) + 16).U32(uint32_t(height) + 16).U8(2).U16(40).U32(40).U32(uint32_t(width)).U32(uint32_t(height)).U16(1).U16(bitCount);
-    for (int i = 0; i < 4; ++i)
-        v.U8(uint8_t(fourCC[i]));
-    return Add(StreamProperties(kVideo, flags, v.Append(std::vector<uint8_t>(20, 0)).bytes));  // image size, resolution, colours
+    v.Append(std::vector<uint8_t>(fourCC, fourCC + 4)).Append(std::vector<uint8_t>(20, 0));
+    return Add(StreamProperties(kVideo, flags, v.bytes));
 }
 
 CAsfHeaderBuilder& CAsfHeaderBuilder::HeaderExtension(const std::vector<ExtendedStream>& streams)
