@@ -1,6 +1,5 @@
 // A downstream input pin as a real COM object: it records the calls and bytes it receives, in
-// order. It can refuse the connection, lack IMemInputPin, and keep the samples it takes until a
-// flush, as a renderer queues them, so that the source's allocator runs dry.
+// order. It can refuse the connection or lack IMemInputPin.
 #pragma once
 #include <windows.h>
 
@@ -16,7 +15,7 @@
 class CRecordingPin : public IPin, public IMemInputPin
 {
 public:
-    struct Options { HRESULT hrReceiveConnection = S_OK; bool bMemInput = true; bool bKeepSamples = false; };
+    struct Options { HRESULT hrReceiveConnection = S_OK; bool bMemInput = true; };
     explicit CRecordingPin(const Options& options) : m_options(options)
     {
         InitializeCriticalSection(&m_cs);
@@ -76,8 +75,6 @@ public:
         m_calls.push_back("Receive " + std::to_string(tStart) + " " + std::to_string(tEnd) + " " + std::to_string(cb) +
                           (pSample->IsDiscontinuity() == S_OK ? " discontinuity" : ""));
         m_bytes.insert(m_bytes.end(), pData, pData + cb);
-        if (m_options.bKeepSamples)
-            m_kept.push_back(ComPtr<IMediaSample>(pSample));
         return S_OK;
     }
     STDMETHODIMP ReceiveMultiple(IMediaSample**, long, long*) override { return E_NOTIMPL; }
@@ -97,15 +94,10 @@ public:
 
 private:
     HRESULT Log(const std::string& call, HRESULT hr = S_OK) { CScopedLock lock(&m_cs); m_calls.push_back(call); return hr; }
-    // A flushed renderer lets go of the samples it queued; they are released after the lock, as a
-    // release may wake the source.
     HRESULT Flush(bool bBegin)
     {
-        std::vector<ComPtr<IMediaSample>> kept;
         CScopedLock lock(&m_cs);
-        kept.swap(m_kept);
-        if (bBegin != m_bFlushing)
-            m_calls.push_back(bBegin ? "BeginFlush" : "EndFlush");
+        m_calls.push_back(bBegin ? "BeginFlush" : "EndFlush");
         m_bFlushing = bBegin;
         return S_OK;
     }
@@ -115,7 +107,6 @@ private:
     mutable CRITICAL_SECTION m_cs;
     std::vector<std::string> m_calls;
     std::vector<uint8_t> m_bytes;
-    std::vector<ComPtr<IMediaSample>> m_kept;
     bool m_bFlushing = false;
     ComPtr<IMemAllocator> m_pOwnAllocator;
 };

@@ -1,6 +1,5 @@
-// The built library through its exports: its class object, the module's lifetime and its
-// registration under HKEY_CLASSES_ROOT (the class factory and module count themselves are the
-// engine's, checked on the main library). It writes the shared registry of the test prefix.
+// The built library through its exports: its registration under HKEY_CLASSES_ROOT. It writes
+// the shared registry of the test prefix.
 #include <windows.h>
 
 #include <dshow.h>
@@ -17,8 +16,7 @@ namespace {
 std::wstring GuidText(REFGUID guid)
 {
     WCHAR wsz[40] = {};
-    StringFromGUID2(guid, wsz, 40);
-    return wsz;
+    return StringFromGUID2(guid, wsz, 40) ? wsz : L"";
 }
 
 std::wstring ReadValue(const std::wstring& key, LPCWSTR pwszName = nullptr)  // "(none)" when not there
@@ -28,7 +26,7 @@ std::wstring ReadValue(const std::wstring& key, LPCWSTR pwszName = nullptr)  // 
     return RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), pwszName, RRF_RT_REG_SZ, nullptr, wsz, &cb) ? L"(none)" : wsz;
 }
 
-TEST(Server, TheLibrarysClassObjectKeepsItLoadedAndItRegistersAndUnregistersTheFilter)
+TEST(Server, TheLibraryRegistersAndUnregistersTheFilter)
 {
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
     HMODULE hLibrary = LoadLibraryW(TESSALY_CDSOURCE_DLL_PATH);
@@ -37,18 +35,11 @@ TEST(Server, TheLibrarysClassObjectKeepsItLoadedAndItRegistersAndUnregistersTheF
     const auto pfnGetClassObject = reinterpret_cast<HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**)>(reinterpret_cast<void*>(entry("DllGetClassObject")));
     const auto pfnCanUnloadNow = entry("DllCanUnloadNow"), pfnRegister = entry("DllRegisterServer"), pfnUnregister = entry("DllUnregisterServer");
     ASSERT_TRUE(pfnGetClassObject && pfnCanUnloadNow && pfnRegister && pfnUnregister);
-    ASSERT_EQ(S_OK, pfnCanUnloadNow());
+    // The class factory and module count are the engine's (server_tests ClassObjects.*).
     void* pv = &pv;
     EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, pfnGetClassObject(CLSID_FilterGraph, IID_IClassFactory, &pv));
     EXPECT_EQ(nullptr, pv);
-    ComPtr<IClassFactory> factory;
     ComPtr<IBaseFilter> filter;
-    ASSERT_EQ(S_OK, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, &factory));
-    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IBaseFilter, &filter));
-    factory.Reset();
-    EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
-    filter.Reset();
-    EXPECT_EQ(S_OK, pfnCanUnloadNow());
 
     // Registered twice, one clean registration: the class by its path, free-threaded, with its
     // name, and among the filters. The prefix may have it registered already (other programs play
