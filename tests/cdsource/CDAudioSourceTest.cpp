@@ -69,7 +69,7 @@ protected:
     {
         m_recorder->ClearRecords();
         EXPECT_EQ(S_OK, m_filter->Pause());
-        EXPECT_TRUE(m_recorder->WaitForCall("EndOfStream", 1));
+        EXPECT_TRUE(m_recorder->WaitForEndOfStream());
         EXPECT_EQ(S_OK, m_filter->Stop());
         return m_recorder->Calls();
     }

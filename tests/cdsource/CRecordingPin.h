@@ -5,7 +5,6 @@
 
 #include <dshow.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -49,8 +48,8 @@ public:
     STDMETHODIMP EnumMediaTypes(IEnumMediaTypes**) override { return E_NOTIMPL; }
     STDMETHODIMP QueryInternalConnections(IPin**, ULONG*) override { return E_NOTIMPL; }
     STDMETHODIMP EndOfStream() override { return Log("EndOfStream"); }
-    STDMETHODIMP BeginFlush() override { return Flush(true); }
-    STDMETHODIMP EndFlush() override { return Flush(false); }
+    STDMETHODIMP BeginFlush() override { return Log("BeginFlush"); }
+    STDMETHODIMP EndFlush() override { return Log("EndFlush"); }
     STDMETHODIMP NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override
     {
         return Log("NewSegment " + std::to_string(tStart) + " " + std::to_string(tStop) + (dRate == 1.0 ? "" : " rate?"));
@@ -61,7 +60,7 @@ public:
         return Log(pAllocator == m_pOwnAllocator.Get() ? "NotifyAllocator(own)" : "NotifyAllocator(other)");
     }
     STDMETHODIMP GetAllocatorRequirements(ALLOCATOR_PROPERTIES*) override { return E_NOTIMPL; }
-    // Logs "Receive <start> <end> <bytes>[ discontinuity]"; refused while flushing, as a renderer does.
+    // Logs "Receive <start> <end> <bytes>[ discontinuity]".
     STDMETHODIMP Receive(IMediaSample* pSample) override
     {
         REFERENCE_TIME tStart = -1, tEnd = -1;
@@ -70,8 +69,6 @@ public:
         pSample->GetPointer(&pData);
         const long cb = pSample->GetActualDataLength();
         CScopedLock lock(&m_cs);
-        if (m_bFlushing)
-            return S_FALSE;
         m_calls.push_back("Receive " + std::to_string(tStart) + " " + std::to_string(tEnd) + " " + std::to_string(cb) +
                           (pSample->IsDiscontinuity() == S_OK ? " discontinuity" : ""));
         m_bytes.insert(m_bytes.end(), pData, pData + cb);
@@ -82,31 +79,22 @@ public:
 
     std::vector<std::string> Calls() const { CScopedLock lock(&m_cs); return m_calls; }
     std::vector<uint8_t> Bytes() const { CScopedLock lock(&m_cs); return m_bytes; }
-    bool WaitForCall(const std::string& call, size_t nTimes) const  // calls that begin with this text, within 10 s
+    bool WaitForEndOfStream() const  // within 10 s
     {
-        const auto count = [&] { const auto c = Calls(); return size_t(std::count_if(c.begin(), c.end(), [&](const std::string& e) { return !e.compare(0, call.size(), call); })); };
-        for (const ULONGLONG start = GetTickCount64(); count() < nTimes && GetTickCount64() - start < 10000;)
-            Sleep(5);
-        return count() >= nTimes;
+        for (const ULONGLONG start = GetTickCount64(); GetTickCount64() - start < 10000; Sleep(5))
+            if (Calls().size() && Calls().back() == "EndOfStream")
+                return true;
+        return false;
     }
     void ClearRecords() { CScopedLock lock(&m_cs); m_calls.clear(); m_bytes.clear(); }
     LONG Refs() const { return m_lRef; }
 
 private:
     HRESULT Log(const std::string& call, HRESULT hr = S_OK) { CScopedLock lock(&m_cs); m_calls.push_back(call); return hr; }
-    HRESULT Flush(bool bBegin)
-    {
-        CScopedLock lock(&m_cs);
-        m_calls.push_back(bBegin ? "BeginFlush" : "EndFlush");
-        m_bFlushing = bBegin;
-        return S_OK;
-    }
-
     const Options m_options;
     volatile LONG m_lRef = 1;
     mutable CRITICAL_SECTION m_cs;
     std::vector<std::string> m_calls;
     std::vector<uint8_t> m_bytes;
-    bool m_bFlushing = false;
     ComPtr<IMemAllocator> m_pOwnAllocator;
 };
