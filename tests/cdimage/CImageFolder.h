@@ -10,8 +10,6 @@ class CImageFolder
 public:
     explicit CImageFolder(const std::string& suffix = std::string());  // a suffix to the folder's own name
     ~CImageFolder();
-    CImageFolder(const CImageFolder&) = delete;
-    CImageFolder& operator=(const CImageFolder&) = delete;
     std::string Path(const std::string& relative = std::string()) const { return relative.empty() ? m_root : m_root + "/" + relative; }
     std::string Write(const std::string& relative, const std::string& bytes) const;
     std::vector<uint8_t> Read(const std::string& relative, uint64_t offset, size_t cb) const;  // empty if not all there
