@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <stdexcept>
 
 #include "cdimage/CBinaryFile.h"
 
@@ -24,14 +23,6 @@ CImageFolder::~CImageFolder()
 {
     std::error_code ignored;
     fs::remove_all(fs::u8path(m_root), ignored);
-}
-
-std::string CImageFolder::Write(const std::string& relative, const std::string& bytes) const
-{
-    CBinaryFile file;
-    if (!file.Create(Path(relative)) || !file.Write(bytes.data(), bytes.size()) || !file.Close())
-        throw std::runtime_error("cannot write " + Path(relative));
-    return Path(relative);
 }
 
 std::vector<uint8_t> CImageFolder::Read(const std::string& relative, uint64_t offset, size_t cb) const

@@ -11,7 +11,6 @@ public:
     explicit CImageFolder(const std::string& suffix = std::string());  // a suffix to the folder's own name
     ~CImageFolder();
     std::string Path(const std::string& relative = std::string()) const { return relative.empty() ? m_root : m_root + "/" + relative; }
-    std::string Write(const std::string& relative, const std::string& bytes) const;
     std::vector<uint8_t> Read(const std::string& relative, uint64_t offset, size_t cb) const;  // empty if not all there
     void Resize(const std::string& relative, uint64_t size) const;
     void Remove(const std::string& relative) const;
