@@ -35,15 +35,12 @@ protected:
     // the fixture's release of the filter is the last.
     void TearDown() override
     {
-        if (m_recorder)
-        {
-            EXPECT_EQ(S_OK, m_filter->Stop());
-            m_pin->Disconnect();
-            EXPECT_EQ(1, m_recorder->Refs());
-            m_recorder.Reset();
-        }
-        m_seeking.Reset(), m_source.Reset(), m_pin.Reset();
-        EXPECT_EQ(0u, m_filter ? m_filter.Detach()->Release() : 0u);
+        ASSERT_TRUE(m_filter && m_pin);
+        EXPECT_EQ(S_OK, m_filter->Stop());
+        m_pin->Disconnect();
+        EXPECT_EQ(1, m_recorder ? m_recorder->Refs() : 1);
+        m_recorder.Reset(), m_seeking.Reset(), m_source.Reset(), m_pin.Reset();
+        EXPECT_EQ(0u, m_filter.Detach()->Release());
         if (m_wcLetter)
             CDiscImageSetting::Clear(m_wcLetter);
         m_image.reset();
@@ -135,8 +132,6 @@ TEST_F(CDAudioSource, LoadAndSeekingAnswerExactCodesAndARefusedLoadDropsTheRange
     ASSERT_EQ(S_OK, m_source->Load(L"L/3", nullptr));
     EXPECT_EQ(S_OK, m_seeking->GetPositions(&llStart, &llStop));
     EXPECT_EQ(std::make_pair(0LL, 8000000LL), std::make_pair(llStart, llStop));
-    PlayThrough();
-    EXPECT_TRUE(m_recorder->Bytes() == ImageSectors(165, 60));
 
     // Damaged or missing images; a letter whose image is gone does not fall back to a drive.
     m_image->Resize("disc.bin", 165ull * 2352);  // the last track begins where the file now ends
@@ -163,10 +158,8 @@ TEST_F(CDAudioSource, ConnectsOnceWithCDAudioAndTheInputPinsAllocatorAndRefusesT
     EXPECT_EQ(S_OK, m_filter->Stop());
     EXPECT_EQ(S_OK, m_pin->Disconnect());
     IPin* pPeer = m_pin.Get();
-    EXPECT_EQ(VFW_E_NOT_CONNECTED, m_pin->ConnectedTo(&pPeer));
-    EXPECT_EQ(nullptr, pPeer);
-    EXPECT_EQ(VFW_E_NOT_CONNECTED, m_pin->ConnectionMediaType(&mt));
-    EXPECT_TRUE(mt.majortype == GUID_NULL && mt.pbFormat == nullptr);
+    EXPECT_EQ(std::make_pair(VFW_E_NOT_CONNECTED, VFW_E_NOT_CONNECTED), std::make_pair(m_pin->ConnectedTo(&pPeer), m_pin->ConnectionMediaType(&mt)));
+    EXPECT_TRUE(pPeer == nullptr && mt.majortype == GUID_NULL && mt.pbFormat == nullptr);
     // The input pin refuses the type: its code, and nothing more is asked of it. No IMemInputPin:
     // the input pin hears that the connection is off.
     EXPECT_EQ(VFW_E_TYPE_NOT_ACCEPTED, ConnectRecorder({VFW_E_TYPE_NOT_ACCEPTED}));
