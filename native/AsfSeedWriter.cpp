@@ -14,11 +14,11 @@ int main(int argc, char** argv)
     const std::vector<std::vector<uint8_t>> seeds = {
         Builder()
             .FileProperties(123456789000ULL, 3000, 500000)
-            .ContentDescription()
+            .UnknownObject(14)
             .AudioStream(1, stereo, std::vector<uint8_t>(10, 0x11))
             .VideoStream(2, 640, 480, 24, "WMV3")
             .HeaderExtension({{2, 800000, 333667}, {1, 64000, 0}})
-            .ExtendedContentDescription()
+            .UnknownObject(2)
             .StreamBitrates({{1, 128000}, {2, 900000}})
             .Build(),
         Builder()

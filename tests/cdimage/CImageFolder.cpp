@@ -3,7 +3,6 @@
 #include <atomic>
 #include <chrono>
 #include <filesystem>
-#include <stdexcept>
 
 #include "cdimage/CBinaryFile.h"
 
@@ -26,16 +25,11 @@ CImageFolder::~CImageFolder()
     fs::remove_all(fs::u8path(m_root), ignored);
 }
 
-std::string CImageFolder::Path(const std::string& relative) const { return relative.empty() ? m_root : m_root + "/" + relative; }
-
-std::string CImageFolder::Write(const std::string& relative, const std::string& bytes) const
+std::vector<uint8_t> CImageFolder::Read(const std::string& relative, uint64_t offset, size_t cb) const
 {
-    const std::string path = Path(relative);
-    fs::create_directories(fs::u8path(path).parent_path());
+    std::vector<uint8_t> bytes(cb);
     CBinaryFile file;
-    if (!file.Create(path) || !file.Write(bytes.data(), bytes.size()) || !file.Close())
-        throw std::runtime_error("cannot write " + path);
-    return path;
+    return file.OpenRead(Path(relative)) && file.ReadAt(offset, bytes.data(), cb) ? bytes : std::vector<uint8_t>();
 }
 
 void CImageFolder::Resize(const std::string& name, uint64_t size) const { fs::resize_file(fs::u8path(Path(name)), size); }

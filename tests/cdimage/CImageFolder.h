@@ -3,17 +3,15 @@
 #pragma once
 #include <cstdint>
 #include <string>
+#include <vector>
 
 class CImageFolder
 {
 public:
     explicit CImageFolder(const std::string& suffix = std::string());  // a suffix to the folder's own name
     ~CImageFolder();
-    CImageFolder(const CImageFolder&) = delete;
-    CImageFolder& operator=(const CImageFolder&) = delete;
-
-    std::string Path(const std::string& relative = std::string()) const;  // the folder, or "sub/a.bin" in it
-    std::string Write(const std::string& relative, const std::string& bytes) const;  // makes folders on the way
+    std::string Path(const std::string& relative = std::string()) const { return relative.empty() ? m_root : m_root + "/" + relative; }
+    std::vector<uint8_t> Read(const std::string& relative, uint64_t offset, size_t cb) const;  // empty if not all there
     void Resize(const std::string& relative, uint64_t size) const;
     void Remove(const std::string& relative) const;
 

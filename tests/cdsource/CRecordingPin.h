@@ -1,12 +1,10 @@
-// A downstream input pin as a real COM object: it records the calls and samples it receives, in
-// order. It can refuse the connection or lack IMemInputPin, and can keep the samples it takes, as
-// a renderer queues them, so that the source's allocator runs dry.
+// A downstream input pin as a real COM object: it records the calls and bytes it receives, in
+// order. It can refuse the connection or lack IMemInputPin.
 #pragma once
 #include <windows.h>
 
 #include <dshow.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,9 +14,7 @@
 class CRecordingPin : public IPin, public IMemInputPin
 {
 public:
-    // What ReceiveConnection answers; whether it answers IMemInputPin; whether it keeps samples
-    // until a flush or ReleaseSamples.
-    struct Options { HRESULT hrReceiveConnection = S_OK; bool bMemInput = true; bool bKeepSamples = false; };
+    struct Options { HRESULT hrReceiveConnection = S_OK; bool bMemInput = true; };
     explicit CRecordingPin(const Options& options) : m_options(options)
     {
         InitializeCriticalSection(&m_cs);
@@ -52,81 +48,53 @@ public:
     STDMETHODIMP EnumMediaTypes(IEnumMediaTypes**) override { return E_NOTIMPL; }
     STDMETHODIMP QueryInternalConnections(IPin**, ULONG*) override { return E_NOTIMPL; }
     STDMETHODIMP EndOfStream() override { return Log("EndOfStream"); }
-    STDMETHODIMP BeginFlush() override { return Flush(true); }
-    STDMETHODIMP EndFlush() override { return Flush(false); }
+    STDMETHODIMP BeginFlush() override { return Log("BeginFlush"); }
+    STDMETHODIMP EndFlush() override { return Log("EndFlush"); }
     STDMETHODIMP NewSegment(REFERENCE_TIME tStart, REFERENCE_TIME tStop, double dRate) override
     {
         return Log("NewSegment " + std::to_string(tStart) + " " + std::to_string(tStop) + (dRate == 1.0 ? "" : " rate?"));
     }
-    STDMETHODIMP GetAllocator(IMemAllocator** ppAllocator) override
-    {
-        (*ppAllocator = m_pOwnAllocator.Get())->AddRef();
-        return Log("GetAllocator");
-    }
+    STDMETHODIMP GetAllocator(IMemAllocator** ppAllocator) override { (*ppAllocator = m_pOwnAllocator.Get())->AddRef(); return Log("GetAllocator"); }
     STDMETHODIMP NotifyAllocator(IMemAllocator* pAllocator, BOOL) override
     {
         return Log(pAllocator == m_pOwnAllocator.Get() ? "NotifyAllocator(own)" : "NotifyAllocator(other)");
     }
     STDMETHODIMP GetAllocatorRequirements(ALLOCATOR_PROPERTIES*) override { return E_NOTIMPL; }
-    // Logs "Receive <start> <end> <bytes>[ discontinuity]"; refused while flushing, as a renderer does.
+    // Logs "Receive <start> <end> <bytes>[ discontinuity]".
     STDMETHODIMP Receive(IMediaSample* pSample) override
     {
         REFERENCE_TIME tStart = -1, tEnd = -1;
-        pSample->GetTime(&tStart, &tEnd);
         BYTE* pData = nullptr;
+        pSample->GetTime(&tStart, &tEnd);
         pSample->GetPointer(&pData);
         const long cb = pSample->GetActualDataLength();
         CScopedLock lock(&m_cs);
-        if (m_bFlushing)
-            return S_FALSE;
         m_calls.push_back("Receive " + std::to_string(tStart) + " " + std::to_string(tEnd) + " " + std::to_string(cb) +
                           (pSample->IsDiscontinuity() == S_OK ? " discontinuity" : ""));
         m_bytes.insert(m_bytes.end(), pData, pData + cb);
-        if (m_options.bKeepSamples)
-            m_kept.push_back(ComPtr<IMediaSample>(pSample));
         return S_OK;
     }
     STDMETHODIMP ReceiveMultiple(IMediaSample**, long, long*) override { return E_NOTIMPL; }
     STDMETHODIMP ReceiveCanBlock() override { return S_FALSE; }
 
     std::vector<std::string> Calls() const { CScopedLock lock(&m_cs); return m_calls; }
-    size_t Count(const std::string& call) const  // the calls that begin with this text
+    std::vector<uint8_t> Bytes() const { CScopedLock lock(&m_cs); return m_bytes; }
+    bool WaitForEndOfStream() const  // within 10 s
     {
-        const std::vector<std::string> calls = Calls();
-        return size_t(std::count_if(calls.begin(), calls.end(), [&](const std::string& each) { return !each.compare(0, call.size(), call); }));
+        for (const ULONGLONG start = GetTickCount64(); GetTickCount64() - start < 10000; Sleep(5))
+            if (Calls().size() && Calls().back() == "EndOfStream")
+                return true;
+        return false;
     }
-    bool WaitForCall(const std::string& call, size_t nTimes, DWORD dwTimeoutMs = 10000) const
-    {
-        for (const ULONGLONG start = GetTickCount64(); Count(call) < nTimes && GetTickCount64() - start < dwTimeoutMs;)
-            Sleep(5);
-        return Count(call) >= nTimes;
-    }
-    std::vector<uint8_t> Bytes() const { CScopedLock lock(&m_cs); return m_bytes; }  // what the samples held
-    void ReleaseSamples() { Flush(false); }
     void ClearRecords() { CScopedLock lock(&m_cs); m_calls.clear(); m_bytes.clear(); }
     LONG Refs() const { return m_lRef; }
 
 private:
     HRESULT Log(const std::string& call, HRESULT hr = S_OK) { CScopedLock lock(&m_cs); m_calls.push_back(call); return hr; }
-    // A flushed renderer lets go of the samples it queued, which frees the source's buffers; they
-    // are released after the lock, as a release may wake the source.
-    HRESULT Flush(bool bBegin)
-    {
-        std::vector<ComPtr<IMediaSample>> kept;
-        CScopedLock lock(&m_cs);
-        kept.swap(m_kept);
-        if (bBegin != m_bFlushing)
-            m_calls.push_back(bBegin ? "BeginFlush" : "EndFlush");
-        m_bFlushing = bBegin;
-        return S_OK;
-    }
-
     const Options m_options;
     volatile LONG m_lRef = 1;
     mutable CRITICAL_SECTION m_cs;
     std::vector<std::string> m_calls;
     std::vector<uint8_t> m_bytes;
-    std::vector<ComPtr<IMediaSample>> m_kept;
-    bool m_bFlushing = false;
     ComPtr<IMemAllocator> m_pOwnAllocator;
 };

@@ -1,6 +1,6 @@
-// The built library as COM and a host see it: its class object and the module's lifetime, its
-// registration under HKEY_CLASSES_ROOT, and creation by class. It writes the shared registry of
-// the test prefix, so it runs one at a time with the other programs that do.
+// The library's registration under HKEY_CLASSES_ROOT, through the code its exports call (the
+// exports themselves run when regsvr32 registers it for server_tests, whose PlayCD.* cases create
+// the filter by class). It writes the shared registry of the test prefix.
 #include <windows.h>
 
 #include <dshow.h>
@@ -10,94 +10,41 @@
 #include <string>
 
 #include "cdsource/CCDSourceRegistrar.h"
+#include "cdsource/CCDSourceServer.h"
 #include "cdsource/CDAudioSource.h"
-#include "engine/ComPtr.h"
 
 namespace {
 
-std::wstring GuidText(REFGUID guid)
-{
-    WCHAR wsz[40] = {};
-    StringFromGUID2(guid, wsz, 40);
-    return wsz;
-}
-
-// The string value, "(none)" when the key or value is not there.
-std::wstring ReadValue(const std::wstring& key, LPCWSTR pwszName = nullptr)
+std::wstring ReadValue(const std::wstring& key, LPCWSTR pwszName = nullptr)  // "(none)" when not there
 {
     WCHAR wsz[MAX_PATH] = {};
     DWORD cb = sizeof(wsz);
     return RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), pwszName, RRF_RT_REG_SZ, nullptr, wsz, &cb) ? L"(none)" : wsz;
 }
 
-TEST(Server, TheLibrarysClassObjectKeepsItLoadedAndItRegistersAndUnregistersTheFilter)
+// Registered twice, one clean registration: the class by its path, free-threaded, with its name,
+// and among the filters. The prefix may have it registered already (other programs play through
+// it); it is registered again at the end if so.
+TEST(Server, RegistersAndUnregistersTheFilterAndMakesOnlyItsClass)
 {
     ASSERT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
-    HMODULE hLibrary = LoadLibraryW(TESSALY_CDSOURCE_DLL_PATH);
-    ASSERT_NE(nullptr, hLibrary) << "error " << GetLastError();
-    typedef HRESULT(STDAPICALLTYPE * PFNDLLENTRY)();
-    auto entry = [&](const char* pszName) { return reinterpret_cast<void*>(GetProcAddress(hLibrary, pszName)); };
-    auto pfnGetClassObject = reinterpret_cast<HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**)>(entry("DllGetClassObject"));
-    const auto pfnCanUnloadNow = reinterpret_cast<PFNDLLENTRY>(entry("DllCanUnloadNow")),
-               pfnRegister = reinterpret_cast<PFNDLLENTRY>(entry("DllRegisterServer")),
-               pfnUnregister = reinterpret_cast<PFNDLLENTRY>(entry("DllUnregisterServer"));
-    ASSERT_TRUE(pfnGetClassObject && pfnCanUnloadNow && pfnRegister && pfnUnregister);
-
-    // Every object, enumerator, held class object and server lock keeps the library loaded.
-    ASSERT_EQ(S_OK, pfnCanUnloadNow());
-    void* pv = &pv;
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, pfnGetClassObject(CLSID_FilterGraph, IID_IClassFactory, &pv));
-    EXPECT_EQ(nullptr, pv);
-    EXPECT_EQ(E_POINTER, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, nullptr));
-    ComPtr<IClassFactory> factory;
-    ComPtr<IBaseFilter> filter;
-    ComPtr<IEnumPins> pins;
-    ASSERT_EQ(S_OK, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, &factory));
-    EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(factory.Get(), IID_IBaseFilter, &pv));
-    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IBaseFilter, &filter));
-    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
-    factory.Reset();
-    ASSERT_EQ(S_OK, filter->EnumPins(&pins));
-    filter.Reset();
-    EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
-    pins.Reset();
-    EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
-    ASSERT_EQ(S_OK, pfnGetClassObject(CLSID_TessalyCDAudioSource, IID_IClassFactory, &factory));
-    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
-    factory.Reset();
-    EXPECT_EQ(S_OK, pfnCanUnloadNow());
-
-    // Registered twice, one clean registration: the class by its path, free-threaded, with its
-    // name, and among the filters. The prefix may have it registered already (other programs play
-    // through it); it is registered again at the end if so.
-    const std::wstring classKey = L"CLSID\\" + GuidText(CLSID_TessalyCDAudioSource), filterKey = L"CLSID\\" +
-        GuidText(CLSID_LegacyAmFilterCategory) + L"\\Instance\\" + GuidText(CLSID_TessalyCDAudioSource);
-    const bool bWasRegistered = ReadValue(classKey) != L"(none)";
-    WCHAR wszPath[MAX_PATH] = {};
-    ASSERT_GT(GetModuleFileNameW(hLibrary, wszPath, MAX_PATH), 0u);
+    WCHAR wszClsid[40] = {}, wszCategory[40] = {};
+    ASSERT_TRUE(StringFromGUID2(CLSID_TessalyCDAudioSource, wszClsid, 40) && StringFromGUID2(CLSID_LegacyAmFilterCategory, wszCategory, 40));
+    const std::wstring classKey = L"CLSID\\" + std::wstring(wszClsid), filterKey = L"CLSID\\" + std::wstring(wszCategory) + L"\\Instance\\" + wszClsid;
+    const std::wstring registeredPath = ReadValue(classKey + L"\\InprocServer32");
     EXPECT_EQ(E_POINTER, CCDSourceRegistrar::Register(nullptr));
-    ASSERT_EQ(S_OK, pfnRegister());
-    ASSERT_EQ(S_OK, pfnRegister());
-    EXPECT_EQ(L"Tessaly CD Audio Source|" + std::wstring(wszPath) + L"|Both|Tessaly CD Audio Source",
+    ASSERT_EQ(S_OK, CCDSourceRegistrar::Register(L"C:\\Some Folder\\tessaly_cdsource.dll"));
+    ASSERT_EQ(S_OK, CCDSourceRegistrar::Register(L"C:\\Other\\tessaly_cdsource.dll"));
+    EXPECT_EQ(L"Tessaly CD Audio Source|C:\\Other\\tessaly_cdsource.dll|Both|Tessaly CD Audio Source",
               ReadValue(classKey) + L"|" + ReadValue(classKey + L"\\InprocServer32") + L"|" +
               ReadValue(classKey + L"\\InprocServer32", L"ThreadingModel") + L"|" + ReadValue(filterKey, L"FriendlyName"));
-    // As the engine creates it: the same library.
-    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_TessalyCDAudioSource, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, &filter));
-    CLSID clsid = GUID_NULL;
-    EXPECT_EQ(S_OK, filter->GetClassID(&clsid));
-    EXPECT_TRUE(clsid == CLSID_TessalyCDAudioSource);
-    EXPECT_EQ(S_FALSE, pfnCanUnloadNow());
-    filter.Reset();
-
-    ASSERT_EQ(S_OK, pfnUnregister());
+    ASSERT_EQ(S_OK, CCDSourceRegistrar::Unregister());
     EXPECT_EQ(L"(none)|(none)", ReadValue(classKey) + L"|" + ReadValue(filterKey, L"FriendlyName"));
-    EXPECT_EQ(S_OK, pfnUnregister());  // already gone is done
-    EXPECT_EQ(REGDB_E_CLASSNOTREG, CoCreateInstance(CLSID_TessalyCDAudioSource, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter, &filter));
-    CoFreeUnusedLibraries();
-    EXPECT_EQ(S_OK, pfnCanUnloadNow());
-    EXPECT_EQ(S_OK, bWasRegistered ? pfnRegister() : S_OK);
-    FreeLibrary(hLibrary);
+    EXPECT_EQ(S_OK, CCDSourceRegistrar::Unregister());  // already gone is done
+    EXPECT_EQ(S_OK, registeredPath == L"(none)" ? S_OK : CCDSourceRegistrar::Register(registeredPath.c_str()));
+    void* pv = &pv;
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, CCDSourceServer::GetClassObject(CLSID_FilterGraph, IID_IClassFactory, &pv));
+    EXPECT_EQ(nullptr, pv);
     CoUninitialize();
 }
 

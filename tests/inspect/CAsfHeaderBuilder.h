@@ -1,6 +1,5 @@
-// Writes ASF headers field after field, as a muxer would, so that tests can state headers no
-// encoder here produces (WMV9 FourCCs, extended stream properties, odd stream numbers) and then
-// damage them at known places.
+// Writes ASF headers field after field, so that tests can state headers no encoder here produces
+// (WMV9 FourCCs, extended stream properties, odd stream numbers, objects it does not know) and damage them at known places.
 #pragma once
 #include <cstddef>
 #include <cstdint>
@@ -19,18 +18,13 @@ public:
     CAsfHeaderBuilder& VideoStream(uint16_t flags, int32_t width, int32_t height, uint16_t bitCount, const char* fourCC);
     CAsfHeaderBuilder& HeaderExtension(const std::vector<ExtendedStream>& streams);
     CAsfHeaderBuilder& StreamBitrates(const std::vector<std::pair<uint16_t, uint32_t>>& records);
-    CAsfHeaderBuilder& ContentDescription();
-    CAsfHeaderBuilder& ExtendedContentDescription();
     CAsfHeaderBuilder& UnknownObject(size_t cbBody);
-    CAsfHeaderBuilder& ContentEncryption(bool bExtended);
+    CAsfHeaderBuilder& ContentEncryption(bool bExtended) { return Add(EncryptionObject(bExtended)); }
     static std::vector<uint8_t> EncryptionObject(bool bExtended);  // content encryption, or its extended form
-
     // The header object with every child, then the start of a Data object unless told otherwise.
     std::vector<uint8_t> Build(bool bWithDataObject = true) const;
-    size_t ChildOffset(size_t index) const;
-    size_t ChildSize(size_t index) const { return m_children.at(index).size(); }
-    static void PutU32(std::vector<uint8_t>& bytes, size_t offset, uint32_t value);
-    static void PutU64(std::vector<uint8_t>& bytes, size_t offset, uint64_t value, size_t cb = 8);  // or its low cb bytes
+    size_t ChildOffset(size_t index) const;  // index == the count: where the children end
+    static std::vector<uint8_t> Put(std::vector<uint8_t> bytes, size_t offset, uint64_t value, size_t cb);  // little-endian
 
 private:
     CAsfHeaderBuilder& Add(std::vector<uint8_t> child) { m_children.push_back(std::move(child)); return *this; }
