@@ -17,7 +17,9 @@ const int kHostWidth = 640, kHostHeight = 480, kWidth = 320, kHeight = 240, kIco
 double Now()
 {
     LARGE_INTEGER now, frequency;
-    return QueryPerformanceCounter(&now), QueryPerformanceFrequency(&frequency), 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
+    QueryPerformanceCounter(&now);
+    QueryPerformanceFrequency(&frequency);
+    return 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
 double Median(std::vector<double> values) // of all but the first, which warms the codec
@@ -30,7 +32,8 @@ double Median(std::vector<double> values) // of all but the first, which warms t
 double BareLoadAndDraw(const std::wstring& path, HWND hWnd)
 {
     RECT rc;
-    const double dStart = (GetClientRect(hWnd, &rc), Now());
+    GetClientRect(hWnd, &rc);
+    const double dStart = Now();
     Gdiplus::Image image(path.c_str());
     const UINT uWidth = image.GetWidth(), uHeight = image.GetHeight();
     if (image.GetLastStatus() != Gdiplus::Ok || !uWidth || !uHeight)
@@ -39,7 +42,8 @@ double BareLoadAndDraw(const std::wstring& path, HWND hWnd)
     const int nWidth = static_cast<int>(uWidth * dScale), nHeight = static_cast<int>(uHeight * dScale);
     HDC hdc = GetDC(hWnd);
     Gdiplus::Graphics(hdc).DrawImage(&image, (rc.right - nWidth) / 2, (rc.bottom - nHeight) / 2, nWidth, nHeight);
-    ReleaseDC(hWnd, hdc), GdiFlush();
+    ReleaseDC(hWnd, hdc);
+    GdiFlush();
     return Now() - dStart;
 }
 
@@ -73,17 +77,24 @@ void MeasureOpens(const CPictureFiles& files, int nOpens)
             opens.push_back(Now() - dStart);
             CMessagePump::PumpFor(0);
         }
-        if (FAILED(hr) && std::printf("%-8s %9lu %9s OpenFile failed 0x%08lx\n", file.c_str(), nBytes, "-", static_cast<unsigned long>(hr)))
+        if (FAILED(hr))
+        {
+            std::printf("%-8s %9lu %9s OpenFile failed 0x%08lx\n", file.c_str(), nBytes, "-", static_cast<unsigned long>(hr));
             continue;
+        }
         DWORD dwWidth = 0, dwHeight = 0;
         viewer.GetFileInfo(nullptr, nullptr, nullptr, &dwWidth, &dwHeight, nullptr);
         for (double dBare; static_cast<int>(bare.size()) < nOpens && (dBare = BareLoadAndDraw(path, viewer.PictureWindow())) >= 0;)
             bare.push_back(dBare);
         const double dOpen = Median(opens), dBare = Median(bare);
         char szSize[32], szPainted[32], szBare[32] = "not one", szRatio[32] = "-";
-        std::snprintf(szSize, 32, "%lux%lu", dwWidth, dwHeight), std::snprintf(szPainted, 32, "%d/%d", nPainted, nOpens);
+        std::snprintf(szSize, 32, "%lux%lu", dwWidth, dwHeight);
+        std::snprintf(szPainted, 32, "%d/%d", nPainted, nOpens);
         if (dBare > 0)
-            std::snprintf(szBare, 32, "%.1f ms", dBare), std::snprintf(szRatio, 32, "%.2f", dOpen / dBare);
+        {
+            std::snprintf(szBare, 32, "%.1f ms", dBare);
+            std::snprintf(szRatio, 32, "%.2f", dOpen / dBare);
+        }
         std::printf("%-8s %9lu %9s %8.1f ms %10.1f ms %8s %12s %6s\n", file.c_str(), nBytes, szSize, opens[0], dOpen, szPainted, szBare, szRatio);
         std::fflush(stdout);
     }
@@ -116,12 +127,19 @@ void MeasureFades(const CPictureFiles& files, int nFades)
             DispatchMessageW(&msg);
             const double dNow = Now() - dStart; // after the window's own handling: the frame is on the screen
             if (bFrame)
-                row[row[0]++ ? 3 : 2] = row[3] = dNow;
+            {
+                if (row[0]++ == 0)
+                    row[2] = dNow; // the first frame
+                row[3] = dNow;     // the last so far
+            }
             row[4] = viewer.Fading() ? -1.0 : dNow;
         }
         CMessagePump::PumpFor(50); // the paint that shows the new picture after the fade
-        if ((FAILED(hr) || row[4] < 0) && std::printf("%-8d %7.0f the fade failed (0x%08lx) or had not ended after 5000 ms\n", i, row[0], static_cast<unsigned long>(hr)))
+        if (FAILED(hr) || row[4] < 0)
+        {
+            std::printf("%-8d %7.0f the fade failed (0x%08lx) or had not ended after 5000 ms\n", i, row[0], static_cast<unsigned long>(hr));
             continue;
+        }
         for (int c = 0; c < 5; ++c)
             columns[c].push_back(row[c]);
         std::printf("%-8d %7.0f %8.1f ms %10.1f ms %9.1f ms %9.1f ms\n", i, row[0], row[1], row[2], row[3], row[4]);
@@ -139,11 +157,15 @@ int main(int argc, char** argv)
     Gdiplus::GdiplusStartupInput input; // the files are encoded before any engine object starts GDI+
     ULONG_PTR ulToken = 0;
     if (Gdiplus::GdiplusStartup(&ulToken, &input, nullptr) != Gdiplus::Ok)
-        return std::printf("GDI+ did not start\n"), 1;
+    {
+        std::printf("GDI+ did not start\n");
+        return 1;
+    }
     {
         CPictureFiles files;
         MeasureOpens(files, argc > 1 ? std::max(2, std::atoi(argv[1])) : 10);
         MeasureFades(files, argc > 2 ? std::max(1, std::atoi(argv[2])) : 5);
     }
-    return Gdiplus::GdiplusShutdown(ulToken), 0;
+    Gdiplus::GdiplusShutdown(ulToken);
+    return 0;
 }

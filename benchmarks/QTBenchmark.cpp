@@ -48,7 +48,8 @@ int wmain(int argc, wchar_t** argv)
                                        static_cast<double>(frequency.QuadPart));
         }
         auto median = [](std::vector<double>& v) {
-            return std::sort(v.begin(), v.end()), v.empty() ? -1.0 : v[v.size() / 2];
+            std::sort(v.begin(), v.end());
+            return v.empty() ? -1.0 : v[v.size() / 2];
         };
         const double dMedian[2] = {median(times[0]), median(times[1])};
         std::printf("%-10ls %11.1f ms %11.1f ms %7.2f %9d\n", pwszName, dMedian[0], dMedian[1],

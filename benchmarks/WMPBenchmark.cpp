@@ -44,7 +44,9 @@ double BareOpen(const std::wstring& path)
     if (player)
         player->close();
     SysFreeString(url);
-    controls.Reset(), player.Reset(), control.Reset();
+    controls.Reset();
+    player.Reset();
+    control.Reset();
     DestroyWindow(hWnd);
     return dDuration > 0.0 ? static_cast<double>(end - start) : -1.0;
 }
@@ -76,9 +78,17 @@ int main(int argc, char** argv)
         {
             const double ms[2] = {EngineOpen(pszName), BareOpen(CTestMedia::Path(pszName))};
             for (int k = 0; k < 2 && i > 0; ++k)
-                ms[k] < 0 ? ++nFailed[k] : (times[k].push_back(ms[k]), 0);
+            {
+                if (ms[k] < 0)
+                    ++nFailed[k];
+                else
+                    times[k].push_back(ms[k]);
+            }
         }
-        auto median = [](std::vector<double>& v) { return std::sort(v.begin(), v.end()), v.empty() ? -1.0 : v[v.size() / 2]; };
+        auto median = [](std::vector<double>& v) {
+            std::sort(v.begin(), v.end());
+            return v.empty() ? -1.0 : v[v.size() / 2];
+        };
         const double dEngine = median(times[0]), dBare = median(times[1]);
         std::printf("%-10s %11.1f ms %11.1f ms %7.2f %9d/%d\n", pszName, dEngine, dBare,
                     dEngine > 0 && dBare > 0 ? dEngine / dBare : 0.0, nFailed[0], nFailed[1]);

@@ -251,10 +251,15 @@ TEST_F(InfoWnd, CursorHidesOnTheFirstTickMoreThanTwoSecondsAfterTheLastMove)
 // Whoever draws the picture under the window, recording what it is asked.
 struct CRecordingVideoArea : IVideoArea
 {
-    HRESULT SetParentWindow(HWND hWnd) override { return calls.push_back(hWnd == hWndInfo ? "parent(info)" : "parent(?)"), S_OK; }
+    HRESULT SetParentWindow(HWND hWnd) override
+    {
+        calls.push_back(hWnd == hWndInfo ? "parent(info)" : "parent(?)");
+        return S_OK;
+    }
     HRESULT SetParentWindowSize(DWORD dwWidth, DWORD dwHeight) override
     {
-        return calls.push_back("size(" + std::to_string(dwWidth) + "," + std::to_string(dwHeight) + ")"), S_FALSE;
+        calls.push_back("size(" + std::to_string(dwWidth) + "," + std::to_string(dwHeight) + ")");
+        return S_FALSE;
     }
     HWND hWndInfo = nullptr;
     std::vector<std::string> calls;

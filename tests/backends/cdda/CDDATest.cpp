@@ -45,8 +45,13 @@ struct CRecordingCDAudioDevice : CCDAudioDevice
         else if (uMsg == MCI_STATUS)
             std::snprintf(sz + n, sizeof sz - n, " %lu %lu", pStatus->dwItem, pStatus->dwTrack);
         m_pScript->log.push_back(sz);
+        if (uMsg == MCI_OPEN && m_pScript->openError)
+            return m_pScript->openError;
         if (uMsg == MCI_OPEN)
-            return m_pScript->openError ? m_pScript->openError : (pOpen->wDeviceID = 7, 0);
+        {
+            pOpen->wDeviceID = 7;
+            return 0;
+        }
         const auto found = uMsg == MCI_STATUS ? m_pScript->lengths.find(pStatus->dwTrack) : m_pScript->lengths.end();
         if (found != m_pScript->lengths.end())
             pStatus->dwReturn = found->second;
@@ -76,13 +81,21 @@ public:
     ULONG STDMETHODCALLTYPE Release() override { return --m_cRef; } // lives in the fixture
     HRESULT STDMETHODCALLTYPE GetCurrentPosition(LONGLONG* pll) override
     {
-        return SUCCEEDED(hrPosition) ? (*pll = llPosition, S_OK) : hrPosition;
+        if (SUCCEEDED(hrPosition))
+            *pll = llPosition;
+        return hrPosition;
     }
     HRESULT STDMETHODCALLTYPE GetAvailable(LONGLONG* pllEarliest, LONGLONG* pllLatest) override
     {
-        return *pllEarliest = llEarliest, *pllLatest = llLatest, hrAvailable;
+        *pllEarliest = llEarliest;
+        *pllLatest = llLatest;
+        return hrAvailable;
     }
-    HRESULT STDMETHODCALLTYPE GetDuration(LONGLONG* pll) override { return *pll = llDuration, S_OK; }
+    HRESULT STDMETHODCALLTYPE GetDuration(LONGLONG* pll) override
+    {
+        *pll = llDuration;
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE SetPositions(LONGLONG* pllCurrent, DWORD dwFlags, LONGLONG*, DWORD dwStopFlags) override
     {
         seeks.push_back(std::to_string(*pllCurrent) + " " + std::to_string(dwFlags) + " " + std::to_string(dwStopFlags));

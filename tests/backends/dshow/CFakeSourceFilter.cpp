@@ -41,8 +41,6 @@ ULONG STDMETHODCALLTYPE CFakeSourceFilter::Release()
 HRESULT STDMETHODCALLTYPE CFakeSourceFilter::JoinFilterGraph(IFilterGraph* pGraph, LPCWSTR pwszName)
 {
     m_pLog->push_back(pGraph ? "JoinFilterGraph(" + CTestMedia::Narrow(pwszName) + ")" : "LeaveFilterGraph");
-    if (m_options.onJoin)
-        m_options.onJoin(pGraph);
     return m_inner->JoinFilterGraph(pGraph, pwszName);
 }
 

@@ -8,7 +8,6 @@
 
 #include <dshow.h>
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,7 +25,6 @@ public:
         CLSID inner = CLSID_AsyncReader;
         bool bOffersSetup = true;
         HRESULT hrLoad = S_OK; // a failure here is answered without loading
-        std::function<void(IFilterGraph*)> onJoin; // hears the graph the filter joins or leaves (null)
     };
 
     static HRESULT Create(const Options& options, std::vector<std::string>* pLog, REFIID riid, void** ppv);

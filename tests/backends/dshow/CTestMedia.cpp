@@ -29,7 +29,10 @@ bool CTestMedia::ReadIn(const std::string& folder, const char* pszName, Truth* p
     for (Truth truth; table >> name >> truth.dDuration >> truth.dwWidth >> truth.dwHeight;)
     {
         if (name == pszName)
-            return *pTruth = truth, true;
+        {
+            *pTruth = truth;
+            return true;
+        }
     }
     return false;
 }

@@ -64,7 +64,11 @@ public:
                           std::to_string(dwShare) + ")");
         return m_options.hrOpen;
     }
-    HRESULT STDMETHODCALLTYPE Close() override { return m_pLog->push_back("Close"), S_OK; }
+    HRESULT STDMETHODCALLTYPE Close() override
+    {
+        m_pLog->push_back("Close");
+        return S_OK;
+    }
     HRESULT STDMETHODCALLTYPE GetAttributeIndices(WORD wStream, LPCWSTR pwszName, WORD* pwLanguage, WORD* pwIndices,
                                                   WORD* pwCount) override
     {
