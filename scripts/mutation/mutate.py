@@ -7,11 +7,11 @@ Each entry of faults.txt is four lines and a blank one:
     file: path from the project root
     find: text that must occur exactly once in that file (\\n for a line break)
     put: what replaces it
-Faults are applied in a git worktree of HEAD under build/mutation/, so the working tree is never
+Faults are applied in a git worktree of HEAD under build/mutation/ (--work), so the working tree is never
 touched; the worktree's x86_64 Debug build is incremental from one fault to the next.
 
     python3 scripts/mutation/mutate.py --check            # every fault applies exactly once
-    python3 scripts/mutation/mutate.py [ID...] [-R REGEX] [--out FILE] [--rev REV]
+    python3 scripts/mutation/mutate.py [ID...] [-R REGEX] [--out FILE] [--rev REV] [--work DIR]
                                                           # run (all faults, or those named)
 A case that fails is run once more before the fault counts as caught, since the platform fails a
 few cases of a loaded machine on its own; the first case that fails for good ends the fault's run.
@@ -113,6 +113,8 @@ def main():
     parser.add_argument("-R", dest="regex", help="only the ctest cases matching this")
     parser.add_argument("--out", help="append verdicts here; skip the faults it already has")
     parser.add_argument("--rev", default="HEAD", help="the commit whose code and suite are run")
+    parser.add_argument("--work", default=os.path.join(ROOT, "build", "mutation"),
+                        help="the worktree, build and log of this run (two runs at once need two)")
     parser.add_argument("-j", dest="jobs", type=int, default=os.cpu_count() or 1, help="test cases at once")
     args = parser.parse_args()
     faults = [f for f in read_faults() if not args.ids or f["id"] in args.ids]
@@ -131,7 +133,7 @@ def main():
         print("%d faults, %d do not apply" % (len(faults), bad))
         return 1 if bad else 0
 
-    work = os.path.join(ROOT, "build", "mutation")
+    work = os.path.abspath(args.work)
     tree = os.path.join(work, "tree")
     build = os.path.join(work, "x86_64-debug")
     log = os.path.join(work, "mutation.log")
