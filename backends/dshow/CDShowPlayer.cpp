@@ -148,9 +148,11 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     BOOL bRendered = FALSE;
     CloseInterfaces();
     // The platform's GStreamer splitter can wait for ever inside RenderFile on an ASF file whose
-    // header claims more bytes than the file holds; such a file never reaches the platform.
+    // header claims more bytes than the file holds; such a file never reaches the platform. The
+    // header read here also tells the video codec below.
     CASFFileParser header;
-    if (header.Open(pwszFile) == CASFFileParser::kOk && header.HeaderOverrunsFile())
+    const bool bAsf = header.Open(pwszFile) == CASFFileParser::kOk;
+    if (bAsf && header.HeaderOverrunsFile())
     {
         TESSALY_TRACE("E:CDShowPlayer::OpenFile> the ASF header claims more bytes than the file holds");
         return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
@@ -187,7 +189,7 @@ HRESULT CDShowPlayer::OpenFile(LPCWSTR pwszFile, DWORD, DWORD)
     if (!bRendered)
     {
         bool bAddedVMR9 = false;
-        if (CWMV9RendererChoice::IsWMV9VideoCodec(pwszFile))
+        if (bAsf && CWMV9RendererChoice::IsWMV9VideoCodec(header))
         {
             TESSALY_TRACE("S:CDShowPlayer::OpenFile> Is WMV9 Video Codec");
             // A file made for a device profile keeps the default renderer.

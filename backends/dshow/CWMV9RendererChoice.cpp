@@ -31,14 +31,8 @@ bool HasConnectedInputPin(IBaseFilter* pFilter)
 
 } // namespace
 
-BOOL CWMV9RendererChoice::IsWMV9VideoCodec(LPCWSTR pwszFile)
+BOOL CWMV9RendererChoice::IsWMV9VideoCodec(CASFFileParser& parser)
 {
-    CASFFileParser parser;
-    if (FAILED(parser.Open(pwszFile)))
-    {
-        TESSALY_TRACE("E:CDShowPlayer::IsWMV9VideoCodec> CASFFileParser::Open failed");
-        return FALSE;
-    }
     // Cleared first: the parser leaves the record alone for a file without video.
     ASF_VIDEO_INFO video = {};
     ASF_AUDIO_INFO audio = {};

@@ -8,11 +8,13 @@
 #include <dshow.h>
 #include <wmsdkidl.h>
 
+class CASFFileParser;
+
 class CWMV9RendererChoice
 {
 public:
-    // From the ASF header's video FourCC; FALSE for anything that is not ASF or has no video.
-    static BOOL IsWMV9VideoCodec(LPCWSTR pwszFile);
+    // From the video FourCC of an ASF header the parser has read; FALSE when it has no video.
+    static BOOL IsWMV9VideoCodec(CASFFileParser& parser);
     // Reads the attribute through an editor the caller created; the editor is closed again.
     static HRESULT ReadConformanceTemplate(IWMMetadataEditor* pEditor, LPCWSTR pwszFile, BOOL* pbHas);
     static HRESULT AddVMR9Filter(IGraphBuilder* pGraph);
