@@ -20,9 +20,11 @@ verdict is the whole suite's while a caught fault costs only its folder's cases;
 names the case that failed. --rev runs against another commit's suite (default: HEAD), so a run
 that takes hours is not moved onto a suite changed under it.
 With --out, each verdict is appended to FILE as it comes and faults already there are skipped, so
-a run cut short goes on where it stopped.
+a run cut short goes on where it stopped; several runs with the same --out and each its own --work
+share the faults between them.
 """
 import argparse
+import fcntl
 import os
 import subprocess
 import sys
@@ -106,6 +108,40 @@ def failed_case(log, mark):
     return "?"
 
 
+def read_done(out):
+    if not out or not os.path.exists(out):
+        return set()
+    with open(out, encoding="utf-8") as f:
+        return {line.split()[0] for line in f if line.strip() and not line.startswith("#")}
+
+
+def claim(out, fault_id):
+    """Whether this run takes the fault. Runs that share --out share a list of claims beside it
+    (in build/), so each fault goes to one of them; a claim of a run that has ended does not hold."""
+    if not out:
+        return True
+    path = os.path.join(ROOT, "build", os.path.basename(out) + ".claims")
+    with open(path, "a+", encoding="utf-8") as f:
+        fcntl.flock(f, fcntl.LOCK_EX)
+        f.seek(0)
+        for line in f.read().split("\n"):
+            parts = line.split()
+            if len(parts) == 2 and parts[0] == fault_id and alive(int(parts[1])):
+                return False
+        if fault_id in read_done(out):
+            return False
+        f.write("%s %d\n" % (fault_id, os.getpid()))
+        return True
+
+
+def alive(pid):
+    try:
+        os.kill(pid, 0)
+        return True
+    except OSError:
+        return False
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("ids", nargs="*")
@@ -118,10 +154,6 @@ def main():
     parser.add_argument("-j", dest="jobs", type=int, default=os.cpu_count() or 1, help="test cases at once")
     args = parser.parse_args()
     faults = [f for f in read_faults() if not args.ids or f["id"] in args.ids]
-    done = set()
-    if args.out and os.path.exists(args.out):
-        with open(args.out, encoding="utf-8") as f:
-            done = {line.split()[0] for line in f if line.strip() and not line.startswith("#")}
 
     if args.check:
         bad = 0
@@ -172,7 +204,7 @@ def main():
 
     results = []
     for fault in faults:
-        if fault["id"] in done:
+        if not claim(args.out, fault["id"]):
             continue
         applied, error = apply(fault, tree)
         if error:
