@@ -10,6 +10,7 @@
 #include <cstring>
 #include <vector>
 
+#include "CFigures.h"
 #include "CPlaybackHost.h"
 #include "CTestMedia.h"
 
@@ -18,20 +19,6 @@ namespace {
 const char* const kFiles[] = {"tone.wav", "tone.mp3", "tone.wma", "tone.ogg",  "tone.flac", "tone.mpa",
                               "clip.wmv", "clip.asf", "clip.avi", "clip.divx", "clip.mpg",  "wmv9.wmv"};
 
-double Milliseconds(const LARGE_INTEGER& from, const LARGE_INTEGER& to)
-{
-    LARGE_INTEGER frequency;
-    QueryPerformanceFrequency(&frequency);
-    return 1000.0 * static_cast<double>(to.QuadPart - from.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-double Median(std::vector<double> values)
-{
-    if (values.empty())
-        return -1.0;
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 } // namespace
 
@@ -54,13 +41,12 @@ int main(int argc, char** argv)
         for (int i = 0; i < nOpens; ++i)
         {
             host.Player().Init(path.c_str());
-            LARGE_INTEGER before, after;
-            QueryPerformanceCounter(&before);
+            const double dBefore = CFigures::NowMs();
             const HRESULT hr = host.Player().OpenFile(path.c_str(), 0, 1, &info);
-            QueryPerformanceCounter(&after);
+            const double dAfter = CFigures::NowMs();
             if (FAILED(hr))
                 std::printf("%s: OpenFile failed 0x%08lx\n", pszFile, static_cast<unsigned long>(hr));
-            opens.push_back(Milliseconds(before, after));
+            opens.push_back(dAfter - dBefore);
             host.Player().CloseFile();
         }
         const double dFirstOpen = opens.front();
@@ -87,7 +73,7 @@ int main(int argc, char** argv)
             std::snprintf(szTruthSize, sizeof(szTruthSize), "%lux%lu", truth.dwWidth, truth.dwHeight);
         }
         std::printf("%-10s %9.3f %9s %9s %9s %8.0f ms %10.0f ms %12.0f ms\n", pszFile, info.dDuration, szTruth,
-                    szSize, szTruthSize, dFirstOpen, Median(opens), Median(lates));
+                    szSize, szTruthSize, dFirstOpen, CFigures::Median(opens), CFigures::Median(lates));
     }
     return 0;
 }

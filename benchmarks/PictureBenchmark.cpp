@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <vector>
+#include "CFigures.h"
 #include "CPictureFiles.h"
 #include "CPictureStage.h"
 #include "engine/TessalyContract.h"
@@ -14,18 +15,9 @@ namespace {
 
 const int kHostWidth = 640, kHostHeight = 480, kWidth = 320, kHeight = 240, kIconSize = 64;
 
-double Now()
+double Median(const std::vector<double>& values) // of all but the first, which warms the codec
 {
-    LARGE_INTEGER now, frequency;
-    QueryPerformanceCounter(&now);
-    QueryPerformanceFrequency(&frequency);
-    return 1000.0 * static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
-}
-
-double Median(std::vector<double> values) // of all but the first, which warms the codec
-{
-    std::sort(values.begin() + (values.empty() ? 0 : 1), values.end());
-    return values.size() < 2 ? -1.0 : values[1 + (values.size() - 1) / 2];
+    return values.empty() ? -1.0 : CFigures::Median(std::vector<double>(values.begin() + 1, values.end()));
 }
 
 // GDI+ alone loads the file and draws it fitted and centred: milliseconds, or negative when it cannot.
@@ -33,7 +25,7 @@ double BareLoadAndDraw(const std::wstring& path, HWND hWnd)
 {
     RECT rc;
     GetClientRect(hWnd, &rc);
-    const double dStart = Now();
+    const double dStart = CFigures::NowMs();
     Gdiplus::Image image(path.c_str());
     const UINT uWidth = image.GetWidth(), uHeight = image.GetHeight();
     if (image.GetLastStatus() != Gdiplus::Ok || !uWidth || !uHeight)
@@ -44,7 +36,7 @@ double BareLoadAndDraw(const std::wstring& path, HWND hWnd)
     Gdiplus::Graphics(hdc).DrawImage(&image, (rc.right - nWidth) / 2, (rc.bottom - nHeight) / 2, nWidth, nHeight);
     ReleaseDC(hWnd, hdc);
     GdiFlush();
-    return Now() - dStart;
+    return CFigures::NowMs() - dStart;
 }
 
 // A viewer per format: the first open lands on an empty viewer, the later ones replace a picture shown.
@@ -70,11 +62,11 @@ void MeasureOpens(const CPictureFiles& files, int nOpens)
         int nPainted = 0;
         for (int i = 0; i < nOpens && SUCCEEDED(hr); ++i)
         {
-            const double dStart = Now();
+            const double dStart = CFigures::NowMs();
             hr = viewer.OpenFile(path.c_str(), 0, 0);
             nPainted += GetUpdateRect(viewer.PictureWindow(), nullptr, FALSE) != FALSE; // what UpdateWindow paints
             UpdateWindow(viewer.PictureWindow()); // sent: on return the picture is painted
-            opens.push_back(Now() - dStart);
+            opens.push_back(CFigures::NowMs() - dStart);
             CMessagePump::PumpFor(0);
         }
         if (FAILED(hr))
@@ -114,18 +106,18 @@ void MeasureFades(const CPictureFiles& files, int nFades)
     {
         HRESULT hr = stage.Open(red);
         CMessagePump::PumpFor(50);
-        const double dStart = Now();
+        const double dStart = CFigures::NowMs();
         if (SUCCEEDED(hr))
             hr = viewer.OpenFile(green.c_str(), TESSALY_OPEN_FLAG_CROSSFADE, 0);
         UpdateWindow(viewer.PictureWindow()); // the paint that prepares the fade and starts its timer
-        double row[5] = {0, viewer.FadeTimerOn() ? Now() - dStart : -1.0, -1.0, -1.0, -1.0}; // frames, prepared, first, last, end
-        for (MSG msg; SUCCEEDED(hr) && viewer.Fading() && Now() - dStart < 5000;) // a host's loop, the frames told apart
+        double row[5] = {0, viewer.FadeTimerOn() ? CFigures::NowMs() - dStart : -1.0, -1.0, -1.0, -1.0}; // frames, prepared, first, last, end
+        for (MSG msg; SUCCEEDED(hr) && viewer.Fading() && CFigures::NowMs() - dStart < 5000;) // a host's loop, the frames told apart
         {
             if (!PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE) && MsgWaitForMultipleObjects(0, nullptr, FALSE, 10, QS_ALLINPUT) != WAIT_FAILED)
                 continue;
             const bool bFrame = msg.message == WM_PAINT && msg.hwnd == viewer.PictureWindow() && viewer.FadeTimerOn();
             DispatchMessageW(&msg);
-            const double dNow = Now() - dStart; // after the window's own handling: the frame is on the screen
+            const double dNow = CFigures::NowMs() - dStart; // after the window's own handling: the frame is on the screen
             if (bFrame)
             {
                 if (row[0]++ == 0)

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "CFigures.h"
 #include "backends/dshow/CDShowPlayer.h"
 #include "backends/quicktime/CQTAudioPlayer.h"
 #include "backends/quicktime/CQTPlayer.h"
@@ -31,27 +32,20 @@ int wmain(int argc, wchar_t** argv)
         const std::wstring path = std::wstring(TESSALY_QT_MEDIA_DIR) + L"\\" + pwszName;
         std::vector<double> times[2];
         int nFailures = 0;
-        LARGE_INTEGER before, after, frequency;
-        QueryPerformanceFrequency(&frequency);
         for (int i = 0; i < 2 * nOpens; ++i) // alternating, so that a busy moment falls on both routes alike
         {
             CPlayerBase& player = i % 2 ? static_cast<CPlayerBase&>(dshow) : *players[pwszName[0] == L't' ? 1 : 0];
-            QueryPerformanceCounter(&before);
+            const double dBefore = CFigures::NowMs();
             const HRESULT hr = player.OpenFile(path.c_str(), 0, TESSALY_PLAYBACK_FLAG_STRETCH);
-            QueryPerformanceCounter(&after);
+            const double dAfter = CFigures::NowMs();
             player.CloseFile();
             for (MSG msg; PeekMessageW(&msg, nullptr, 0, 0, PM_REMOVE);)
                 DispatchMessageW(&msg);
             nFailures += FAILED(hr);
             if (SUCCEEDED(hr))
-                times[i % 2].push_back(1000.0 * static_cast<double>(after.QuadPart - before.QuadPart) /
-                                       static_cast<double>(frequency.QuadPart));
+                times[i % 2].push_back(dAfter - dBefore);
         }
-        auto median = [](std::vector<double>& v) {
-            std::sort(v.begin(), v.end());
-            return v.empty() ? -1.0 : v[v.size() / 2];
-        };
-        const double dMedian[2] = {median(times[0]), median(times[1])};
+        const double dMedian[2] = {CFigures::Median(times[0]), CFigures::Median(times[1])};
         std::printf("%-10ls %11.1f ms %11.1f ms %7.2f %9d\n", pwszName, dMedian[0], dMedian[1],
                     dMedian[0] > 0 && dMedian[1] > 0 ? dMedian[0] / dMedian[1] : 0.0, nFailures);
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "CControlStage.h"
+#include "CFigures.h"
 
 namespace {
 
@@ -85,11 +86,7 @@ int main(int argc, char** argv)
                     times[k].push_back(ms[k]);
             }
         }
-        auto median = [](std::vector<double>& v) {
-            std::sort(v.begin(), v.end());
-            return v.empty() ? -1.0 : v[v.size() / 2];
-        };
-        const double dEngine = median(times[0]), dBare = median(times[1]);
+        const double dEngine = CFigures::Median(times[0]), dBare = CFigures::Median(times[1]);
         std::printf("%-10s %11.1f ms %11.1f ms %7.2f %9d/%d\n", pszName, dEngine, dBare,
                     dEngine > 0 && dBare > 0 ? dEngine / dBare : 0.0, nFailed[0], nFailed[1]);
         std::fflush(stdout);

@@ -7,8 +7,8 @@ Each entry of faults.txt is four lines and a blank one:
     file: path from the project root
     find: text that must occur exactly once in that file (\\n for a line break)
     put: what replaces it
-Faults are applied in a git worktree of HEAD under build/mutation/ (--work), so the working tree is never
-touched; the worktree's x86_64 Debug build is incremental from one fault to the next.
+Faults are applied in a git worktree of HEAD under build/mutation/ (or --work), so the working tree
+is never touched; the worktree's x86_64 Debug build is incremental from one fault to the next.
 
     python3 scripts/mutation/mutate.py --check            # every fault applies exactly once
     python3 scripts/mutation/mutate.py [ID...] [-R REGEX] [--out FILE] [--rev REV] [--work DIR]
@@ -120,6 +120,7 @@ def claim(out, fault_id):
     (in build/), so each fault goes to one of them; a claim of a run that has ended does not hold."""
     if not out:
         return True
+    os.makedirs(os.path.join(ROOT, "build"), exist_ok=True)
     path = os.path.join(ROOT, "build", os.path.basename(out) + ".claims")
     with open(path, "a+", encoding="utf-8") as f:
         fcntl.flock(f, fcntl.LOCK_EX)

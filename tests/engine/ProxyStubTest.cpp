@@ -80,7 +80,8 @@ TEST(ProxyStub, NullReferencesAreRefusedLeavingNoFrameBehindAndTheObjectsCodeAnd
         CoRevokeClassObject(dwServerCookie);
         CoUninitialize();
     });
-    WaitForSingleObject(hReady, INFINITE), CloseHandle(hReady);
+    WaitForSingleObject(hReady, INFINITE);
+    CloseHandle(hReady);
     ComPtr<IQueryFileInfo> proxy;
     EXPECT_EQ(S_OK, hr);
     EXPECT_EQ(S_OK, SUCCEEDED(hr) ? CoGetInterfaceAndReleaseStream(pStream, IID_IQueryFileInfo, &proxy) : hr);

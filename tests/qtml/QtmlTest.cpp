@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "../support/CMessagePump.h"
+#include "../support/CWindowRect.h"
 #include "qtml/QTML.h"
 
 namespace {
@@ -140,9 +141,7 @@ TEST_F(QtmlTest, APictureIsPaintedAtTheMovieBoxAVideoIsAChildWindowThereAndBothF
         std::vector<long> placed;
         for (HWND h = GetWindow(port.hWnd, GW_CHILD); h; h = GetWindow(h, GW_HWNDNEXT))
         {
-            RECT rc;
-            GetWindowRect(h, &rc);
-            MapWindowPoints(HWND_DESKTOP, port.hWnd, reinterpret_cast<POINT*>(&rc), 2);
+            const RECT rc = CWindowRect::InParent(h); // a child of the port
             placed.insert(placed.end(), {rc.left, rc.top, rc.right, rc.bottom, IsWindowVisible(h)});
         }
         return placed;

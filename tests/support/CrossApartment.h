@@ -22,7 +22,10 @@ HRESULT CallFromAnotherApartment(T* pObject, REFIID riid, const std::function<vo
         CoInitializeEx(nullptr, COINIT_MULTITHREADED);
         hr = CoGetInterfaceAndReleaseStream(pStream, riid, reinterpret_cast<void**>(&pRemote));
         if (SUCCEEDED(hr))
-            call(pRemote), pRemote->Release();
+        {
+            call(pRemote);
+            pRemote->Release();
+        }
         CoUninitialize();
         SetEvent(hDone);
     });

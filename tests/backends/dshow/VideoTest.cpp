@@ -6,15 +6,14 @@
 #include "CPlaybackHost.h"
 #include "CTestMedia.h"
 #include "CWindowPixels.h"
+#include "tests/support/CWindowRect.h"
 
 namespace {
 
 // The window's rectangle in its parent's client coordinates.
 ::testing::AssertionResult HasRect(HWND hWnd, const RECT& expected)
 {
-    RECT rc = {};
-    GetWindowRect(hWnd, &rc);
-    MapWindowPoints(nullptr, GetParent(hWnd), reinterpret_cast<POINT*>(&rc), 2);
+    const RECT rc = CWindowRect::InParent(hWnd);
     if (EqualRect(&rc, &expected))
         return ::testing::AssertionSuccess();
     return ::testing::AssertionFailure() << "(" << rc.left << "," << rc.top << "," << rc.right << "," << rc.bottom << ")";

@@ -12,6 +12,7 @@
 #include "backends/quicktime/CQTAudioPlayer.h"
 #include "backends/quicktime/CQTPlayer.h"
 #include "qtml/QTML.h"
+#include "tests/support/CWindowRect.h"
 
 namespace {
 
@@ -136,10 +137,8 @@ TEST(QTWindows, TheMovieFollowsTheStretchFlagAndTheParentAndInputReachesTheHost)
         std::vector<long> rects;
         for (HWND hWnd : {hBackground, hVideo})
         {
-            RECT rc = {};
-            GetWindowRect(hWnd, &rc);
-            MapWindowPoints(HWND_DESKTOP, GetParent(hWnd), reinterpret_cast<POINT*>(&rc), 2);
-            rects.insert(rects.end(), {rc.left, rc.top, rc.right, rc.bottom});
+            const std::vector<long> edges = CWindowRect::Edges(hWnd);
+            rects.insert(rects.end(), edges.begin(), edges.end());
         }
         return rects;
     };

@@ -16,6 +16,7 @@
 #include "backends/wmp/CWMPEventSink.h"
 #include "backends/wmp/CWMPHost.h"
 #include "base/EngineMessages.h"
+#include "tests/support/CWindowRect.h"
 
 namespace {
 
@@ -112,12 +113,7 @@ TEST(WMPLifecycle, TheControlFillsTheParentFollowsItsSizeAndIsHiddenOnClose)
     ASSERT_NE(nullptr, hContainer);
     HWND hHostWindow = GetParent(hContainer);
     ASSERT_EQ(host->Window(), GetParent(hHostWindow));
-    auto placed = [](HWND hWnd) {
-        RECT rc = {};
-        GetWindowRect(hWnd, &rc);
-        MapWindowPoints(nullptr, GetParent(hWnd), reinterpret_cast<POINT*>(&rc), 2);
-        return std::vector<long>{rc.left, rc.top, rc.right, rc.bottom};
-    };
+    const auto placed = &CWindowRect::Edges;
     EXPECT_EQ((std::vector<long>{0, 0, 320, 240}), placed(hHostWindow));
     EXPECT_TRUE(IsWindowVisible(hHostWindow));
     ASSERT_EQ(S_OK, host->Player().SetParentWindowSize(640, 360));
